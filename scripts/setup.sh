@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs every Debian package the build, the tests and the run need. Safe to run again:
+# apt-get skips what is already there, and nothing is fetched when all is installed.
+set -euo pipefail
+
+packages=(
+  build-essential cmake ninja-build pkg-config git ccache
+  qt6-base-dev qt6-base-dev-tools libqt6svg6
+  libgl-dev libxkbcommon-dev
+  libx11-dev
+  libmupdf-dev mupdf-tools
+  libgtest-dev googletest
+  clang clang-format clang-tidy libclang-rt-14-dev
+  fonts-ipafont-gothic fonts-dejavu-core
+  xdg-utils xvfb xauth
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+
+if [ ${#missing[@]} -gt 0 ]; then
+  SUDO=""
+  [ "$(id -u)" -eq 0 ] || SUDO="sudo"
+  export DEBIAN_FRONTEND=noninteractive
+  $SUDO apt-get update -qq
+  $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"
+fi

@@ -1,0 +1,106 @@
+#include "dialogs/Form.h"
+
+#include "dialogs/DialogRuntime.h"
+
+#include <QAbstractButton>
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QHideEvent>
+#include <QScreen>
+
+#include <cmath>
+
+namespace {
+constexpr float TwipsPerInch = 1440.0F;
+}
+
+Form::Form(DialogRuntime& runtime) : QDialog(nullptr), m_runtime(runtime)
+{
+    // Dialogs are single instances that the runtime deletes after their unload.
+    setAttribute(Qt::WA_DeleteOnClose, false);
+    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+}
+
+Form::~Form() = default;
+
+float Form::ScaleXToTwips(float pixels) const
+{
+    return pixels * TwipsPerInch / static_cast<float>(logicalDpiX());
+}
+
+float Form::ScaleYToTwips(float pixels) const
+{
+    return pixels * TwipsPerInch / static_cast<float>(logicalDpiY());
+}
+
+int Form::TwipsToPixelsX(float twips) const
+{
+    return static_cast<int>(std::lround(twips * static_cast<float>(logicalDpiX()) / TwipsPerInch));
+}
+
+int Form::TwipsToPixelsY(float twips) const
+{
+    return static_cast<int>(std::lround(twips * static_cast<float>(logicalDpiY()) / TwipsPerInch));
+}
+
+float Form::Left() const
+{
+    return ScaleXToTwips(static_cast<float>(frameGeometry().x()));
+}
+
+float Form::Top() const
+{
+    return ScaleYToTwips(static_cast<float>(frameGeometry().y()));
+}
+
+float Form::Width() const
+{
+    return ScaleXToTwips(static_cast<float>(frameGeometry().width()));
+}
+
+float Form::Height() const
+{
+    return ScaleYToTwips(static_cast<float>(frameGeometry().height()));
+}
+
+void Form::Move(float left, float top)
+{
+    move(TwipsToPixelsX(left), TwipsToPixelsY(top));
+}
+
+float Form::ScreenHeight() const
+{
+    const QScreen* s = screen() ? screen() : QGuiApplication::primaryScreen();
+    return s ? ScaleYToTwips(static_cast<float>(s->geometry().height())) : 0.0F;
+}
+
+void Form::SetFixedClientSizeTwips(float width, float height)
+{
+    setFixedSize(TwipsToPixelsX(width), TwipsToPixelsY(height));
+}
+
+void Form::PlaceTwips(QWidget& control, float left, float top, float width, float height) const
+{
+    control.setGeometry(TwipsToPixelsX(left), TwipsToPixelsY(top), TwipsToPixelsX(width),
+                        TwipsToPixelsY(height));
+}
+
+void Form::closeEvent(QCloseEvent* event)
+{
+    // Closing by the window frame unloads the form; the runtime decides what is left.
+    event->ignore();
+    m_runtime.Unload(*this);
+}
+
+void Form::hideEvent(QHideEvent* event)
+{
+    QDialog::hideEvent(event);
+    if (!event->spontaneous())
+        emit Hidden();
+}
+
+void Form::reject()
+{
+    if (m_cancelButton && m_cancelButton->isEnabled() && m_cancelButton->isVisible())
+        m_cancelButton->click();
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+// The single instances of the main dialog and the three option pages, each made on first use.
+
+#include "dialogs/DialogRuntime.h"
+
+#include <QPointer>
+
+struct AppContext;
+class ConvertFlow;
+class WelcomeForm;
+class DocumentTypeForm;
+class ConversionMethodForm;
+class OtherOptionsForm;
+
+class Forms final
+{
+public:
+    Forms(DialogRuntime& runtime, AppContext& context, ConvertFlow& flow);
+
+    DialogRuntime& Runtime() const { return m_runtime; }
+    AppContext& Context() const { return m_context; }
+
+    WelcomeForm& Welcome();
+    DocumentTypeForm& DocumentType();
+    ConversionMethodForm& ConversionMethod();
+    OtherOptionsForm& OtherOptions();
+
+    // The main dialog if it is loaded, without making it.
+    WelcomeForm* LoadedWelcome() const;
+
+private:
+    DialogRuntime& m_runtime;
+    AppContext& m_context;
+    ConvertFlow& m_flow;
+    QPointer<WelcomeForm> m_welcome;
+    QPointer<DocumentTypeForm> m_documentType;
+    QPointer<ConversionMethodForm> m_conversionMethod;
+    QPointer<OtherOptionsForm> m_otherOptions;
+};

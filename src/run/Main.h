@@ -1,0 +1,16 @@
+#pragma once
+
+// The start of the process: prepares the run's record, reads the command line and decides
+// whether there is anything to do at all. Only then does the window system come into play.
+
+#include <QString>
+
+struct RunState;
+class Forms;
+
+// Steps up to the test for work: start values, shared controls, the help file and the command
+// line. False when there is no work: the process then ends silently, the store untouched.
+bool PrepareRun(RunState& state, const QString& commandText, const QString& applicationDir);
+
+// The rest of the start: reads the settings and shows the main dialog without an owner.
+void StartRun(Forms& forms);

@@ -1,0 +1,7 @@
+#include "RunState.h"
+
+RunState& runState()
+{
+    static RunState state;
+    return state;
+}

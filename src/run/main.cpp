@@ -1,0 +1,47 @@
+#include "dialogs/AppContext.h"
+#include "dialogs/DialogRuntime.h"
+#include "dialogs/Forms.h"
+#include "intake/ConvertFlowFactory.h"
+#include "platform/ApplicationPath.h"
+#include "platform/HelpViewer.h"
+#include "platform/ProcessUtilityLibrary.h"
+#include "platform/SettingsShell.h"
+#include "platform/WindowGeometry.h"
+#include "run/CommandLine.h"
+#include "run/Main.h"
+#include "run/RunState.h"
+
+#include <QApplication>
+#include <QStringList>
+
+int main(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 1; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+
+    RunState& state = runState();
+    const QString applicationDir = ApplicationPath();
+    if (!PrepareRun(state, RebuildCommandText(arguments), applicationDir))
+        return 0;
+
+    QApplication app(argc, argv);
+    // The program ends when its last dialog is unloaded, not when a window happens to close.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    const auto help = CreateHelpViewer();
+    const auto processUtility = LoadProcessUtilityLibrary(applicationDir);
+    const auto geometry = CreateWindowGeometry();
+    AppContext context{state, QSettingsShellFactory(), *help, *processUtility, *geometry,
+                       applicationDir};
+
+    DialogRuntime runtime;
+    QObject::connect(&runtime, &DialogRuntime::AllUnloaded, &app, &QCoreApplication::quit,
+                     Qt::QueuedConnection);
+    const auto flow = CreateConvertFlow(context);
+    Forms forms(runtime, context, *flow);
+    StartRun(forms);
+    if (runtime.LoadedForms().isEmpty())
+        return 0;
+    return QApplication::exec();
+}

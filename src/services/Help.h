@@ -1,0 +1,28 @@
+#pragma once
+
+// Help topics of the dialogs, shown by a separate viewer process the program does not wait for.
+
+#include <QString>
+
+class HelpViewer;
+class QWidget;
+
+namespace HelpTopics {
+inline const QString Main = QStringLiteral("::/options.htm#convertPDF");
+inline const QString DocumentType = QStringLiteral("::/options.htm#convertPDFType");
+inline const QString ConversionMethod = QStringLiteral("::/options.htm#convertPDFConversion");
+inline const QString Advanced = QStringLiteral("::/options.htm#convertPDFAdvanced");
+}  // namespace HelpTopics
+
+// The help file's location, set once at start: the application directory, the help file,
+// and its start topic.
+QString ApplicationHelpFile(const QString& applicationDir);
+
+// Opens `topic` ("::/page.htm#anchor") of the help in the application directory. A viewer
+// that fails to start is told to the user in a message box.
+void ShowHelpTopic(HelpViewer& viewer, const QString& applicationDir, const QString& topic,
+                   QWidget* owner);
+
+// The process-wide help file property, set once at the start.
+void SetApplicationHelpFile(const QString& helpFile);
+QString ApplicationHelpFileProperty();
