@@ -1,0 +1,15 @@
+#pragma once
+
+// The name and format of the target file: the target's extension always follows the chosen
+// output format, and a given target wins over the source's name.
+
+#include <QString>
+
+struct RunState;
+
+// ".doc" for format 1, ".rtf" otherwise (a foreign format becomes 2).
+QString OutputExtension(RunState& state);
+
+// Makes OutputPath from OutputPath (or SourcePath while there is no target) with the extension
+// of DocumentFormat. Calling it twice changes nothing.
+void DeriveOutputPath(RunState& state);
