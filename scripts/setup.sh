@@ -13,6 +13,7 @@ packages=(
   clang clang-format clang-tidy libclang-rt-14-dev
   fonts-ipafont-gothic fonts-dejavu-core
   xdg-utils xvfb xauth
+  libreoffice-writer-nogui
 )
 
 missing=()
