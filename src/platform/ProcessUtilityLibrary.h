@@ -29,8 +29,9 @@ public:
     // The handle of the process's main (top-level) window, 0 when it has none or the
     // windowing system can't tell.
     virtual qint64 GetProcessHwnd(qint32 processId) = 0;
-    // The id of a running process whose program file has this name (case ignored).
-    virtual qint32 GetProcessID(const QString& programName, qint32 reserved) = 0;
+    // The id of a running process whose program file has this name (case ignored): the one at
+    // place `index` among them, counted from 0.
+    virtual qint32 GetProcessID(const QString& programName, qint32 index) = 0;
     // A window of the process that fits the hint; the library may rewrite the hint.
     virtual qint64 GetProcessHwndEx(qint32 processId, QString& hint) = 0;
     // The screen rectangle of a window found above; false when it can't be had.
