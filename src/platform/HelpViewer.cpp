@@ -1,5 +1,6 @@
 #include "platform/HelpViewer.h"
 
+#include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QUrl>
@@ -13,6 +14,11 @@ class DesktopHelpViewer final : public HelpViewer
 public:
     bool ShowPage(const QString& pageFile, const QString& anchor, QString& error) override
     {
+        // The opener would start happily and then show nothing for a missing page.
+        if (!QFileInfo(pageFile).isFile()) {
+            error = QStringLiteral("the page does not exist");
+            return false;
+        }
         const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
         if (opener.isEmpty()) {
             error = QStringLiteral("xdg-open is not installed");

@@ -44,5 +44,9 @@ struct DialogText final
 bool ApplyDialogLanguage(QWidget& dialog, const QList<DialogText>& texts);
 
 // Sets a caption on any of our controls: window title for a dialog, title for a frame,
-// text for a label or a button.
+// text for a label or a button. A label shows the caption as a Windows label would: "&&" as
+// one ampersand, and a single "&" (which marks an access key) not at all.
 void SetControlText(QWidget& control, const QString& text);
+
+// What a caption shows where no access key can be marked: "&&" becomes "&", a lone "&" goes.
+QString DisplayedCaption(const QString& caption);

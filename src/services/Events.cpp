@@ -1,0 +1,9 @@
+#include "services/Events.h"
+
+#include <QCoreApplication>
+
+void PumpEvents()
+{
+    if (QCoreApplication::instance())
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+}
