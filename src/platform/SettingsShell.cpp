@@ -1,10 +1,18 @@
 #include "platform/SettingsShell.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSettings>
+#include <QStringList>
 
 namespace {
 
+constexpr QFileDevice::Permissions OwnerOnly = QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+
+// The store is the per-user INI file of QSettings. Whatever a hand-edited or damaged file holds,
+// a read gives a value or nothing and a write succeeds or reports false: the callers never
+// show store failures, so nothing here may throw, prompt or log.
 class QSettingsShell final : public SettingsShell
 {
 public:
@@ -18,7 +26,12 @@ public:
     {
         if (m_settings.status() != QSettings::NoError || !m_settings.contains(name))
             return std::nullopt;
-        return m_settings.value(name);
+        const QVariant value = m_settings.value(name);
+        // An unquoted hand-written value with commas comes back as a list; the store holds
+        // texts and numbers only, so it is taken as the text it was.
+        if (value.typeId() == QMetaType::QStringList)
+            return value.toStringList().join(u',');
+        return value;
     }
 
     bool RegWrite(const QString& name, const QString& text) override
@@ -34,13 +47,35 @@ public:
 private:
     bool write(const QString& name, const QVariant& value)
     {
-        if (!m_settings.isWritable())
+        // A file that couldn't be read would be replaced by this shell's few values; a failed
+        // write keeps the older store instead.
+        if (m_settings.status() != QSettings::NoError || !m_settings.isWritable())
+            return false;
+        const QString path = m_settings.fileName();
+        if (!makePrivate(path))
             return false;
         m_settings.setValue(name, value);
         m_settings.sync();
-        // The stored document may hold a PDF password in clear text.
-        QFile::setPermissions(m_settings.fileName(), QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        return m_settings.status() == QSettings::NoError;
+        // QSettings replaces the file on every sync; the stored document may hold a PDF
+        // password in clear text, so the new file must be the owner's alone too.
+        const bool privateAfterSync = QFile::setPermissions(path, OwnerOnly);
+        return m_settings.status() == QSettings::NoError && privateAfterSync;
+    }
+
+    // The file is made (or narrowed) to owner-only before anything is written, so that the
+    // password never lies in a file others can read, not even for a moment.
+    static bool makePrivate(const QString& path)
+    {
+        const QFileInfo info(path);
+        if (!QDir().mkpath(info.absolutePath()))
+            return false;
+        if (info.exists())
+            return info.isFile() && QFile::setPermissions(path, OwnerOnly);
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly, OwnerOnly))
+            return false;
+        file.close();
+        return true;
     }
 
     QSettings m_settings;
