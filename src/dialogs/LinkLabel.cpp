@@ -35,7 +35,8 @@ void LinkLabel::mouseMoveEvent(QMouseEvent* event)
 void LinkLabel::mouseReleaseEvent(QMouseEvent* event)
 {
     ShowHandCursor();
-    const bool click = m_pressed && event->button() == Qt::LeftButton && rect().contains(event->position().toPoint());
+    const bool click = m_pressed && event->button() == Qt::LeftButton &&
+                       rect().contains(event->position().toPoint());
     m_pressed = false;
     QLabel::mouseReleaseEvent(event);
     if (click)
