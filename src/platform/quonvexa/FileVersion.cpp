@@ -6,16 +6,27 @@
 #include <climits>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 #include <sys/stat.h>
 
 namespace {
 
-// Where an office suite states its version, beside its programs (the first for Unix-like
-// systems, the second for Windows layouts), and the keys that hold "major.minor.micro.build".
-constexpr const char* VersionFiles[] = {"versionrc", "version.ini"};
-constexpr const char* VersionKeys[] = {"MsiProductVersion", "ProductVersion"};
+// Where an office suite states its version, beside its programs: the installer's version
+// file ("7.4.7.2") and, where a distribution leaves that out, the product key of the bootstrap
+// file ("LibreOffice 7.4"). Unix-like layouts name them ...rc, Windows layouts ....ini.
+struct VersionSource
+{
+    const char* file;
+    const char* key;
+};
+constexpr VersionSource VersionSources[] = {
+    {"versionrc", "MsiProductVersion"},
+    {"version.ini", "MsiProductVersion"},
+    {"bootstraprc", "ProductKey"},
+    {"bootstrap.ini", "ProductKey"},
+};
 
 std::string Trimmed(const std::string& text)
 {
@@ -51,34 +62,40 @@ bool ReadPart(const char*& text, int32_t& value)
     return true;
 }
 
-// "7.4.7.2" gives 0x00070004; a lone "7" gives 0x00070000.
+// The first word of `text` that starts with a digit, read as a version: "7.4.7.2" gives
+// 0x00070004, "LibreOffice 7.4" gives 0x00070004 and a lone "7" gives 0x00070000.
 int32_t ParseVersion(const std::string& text)
 {
-    const char* p = text.c_str();
-    int32_t major = 0;
-    int32_t minor = 0;
-    if (!ReadPart(p, major))
-        return 0;
-    if (*p == '.') {
-        ++p;
-        if (!ReadPart(p, minor))
-            minor = 0;
+    std::istringstream words(text);
+    std::string word;
+    while (words >> word) {
+        if (!std::isdigit(static_cast<unsigned char>(word.front())))
+            continue;
+        const char* p = word.c_str();
+        int32_t major = 0;
+        int32_t minor = 0;
+        if (!ReadPart(p, major))
+            return 0;
+        if (*p == '.') {
+            ++p;
+            if (!ReadPart(p, minor))
+                minor = 0;
+        }
+        return (major << 16) | minor;
     }
-    return (major << 16) | minor;
+    return 0;
 }
 
-int32_t VersionFromFile(const std::string& file)
+int32_t VersionFromFile(const std::string& file, const char* key)
 {
-    for (const char* key : VersionKeys) {
-        std::ifstream in(file);
-        std::string line;
-        while (std::getline(in, line)) {
-            const auto equals = line.find('=');
-            if (equals == std::string::npos || !SameKey(Trimmed(line.substr(0, equals)), key))
-                continue;
-            if (const int32_t version = ParseVersion(Trimmed(line.substr(equals + 1))))
-                return version;
-        }
+    std::ifstream in(file);
+    std::string line;
+    while (std::getline(in, line)) {
+        const auto equals = line.find('=');
+        if (equals == std::string::npos || !SameKey(Trimmed(line.substr(0, equals)), key))
+            continue;
+        if (const int32_t version = ParseVersion(Trimmed(line.substr(equals + 1))))
+            return version;
     }
     return 0;
 }
@@ -94,15 +111,13 @@ int32_t GetFileVersion(char* path)
             return 0;
         // A launcher link such as /usr/bin/soffice leads to the installation's directory.
         char resolved[PATH_MAX];
-        struct stat info
-        {
-        };
+        struct stat info;
         if (!::realpath(path, resolved) || ::stat(resolved, &info) != 0 || !S_ISREG(info.st_mode))
             return 0;
         std::string directory(resolved);
         directory.resize(directory.rfind('/') + 1);
-        for (const char* name : VersionFiles) {
-            if (const int32_t version = VersionFromFile(directory + name))
+        for (const VersionSource& source : VersionSources) {
+            if (const int32_t version = VersionFromFile(directory + source.file, source.key))
                 return version;
         }
         return 0;

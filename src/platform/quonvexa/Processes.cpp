@@ -93,17 +93,19 @@ std::string CommandName(int32_t pid)
 }
 
 // The executable's link can only be read for our own processes; the command name is readable
-// for all, but the kernel cuts it short.
+// for all, but the kernel cuts it short, so a cut name only counts when the link can't be read.
 bool RunsProgram(int32_t pid, const std::string& programName)
 {
-    if (EqualNoCase(ExecutableName(pid), programName))
+    const std::string executable = ExecutableName(pid);
+    if (EqualNoCase(executable, programName))
         return true;
     const std::string command = CommandName(pid);
     if (command.empty())
         return false;
     if (EqualNoCase(command, programName))
         return true;
-    return command.size() == CommandNameLimit && programName.size() > CommandNameLimit &&
+    return executable.empty() && command.size() == CommandNameLimit &&
+           programName.size() > CommandNameLimit &&
            EqualNoCase(command, programName.substr(0, CommandNameLimit));
 }
 
