@@ -5,12 +5,16 @@
 
 #include "dialogs/ConvertFlow.h"
 
+#include <QPointer>
+
 struct AppContext;
+class PdfAccessLibrary;
+class WaitForm;
 
 class ConversionFlow final : public ConvertFlow
 {
 public:
-    explicit ConversionFlow(AppContext& context);
+    ConversionFlow(AppContext& context, PdfAccessLibrary& pdfAccess);
 
     bool PrepareSource(WelcomeForm& welcome) override;
     void RunIntake(WelcomeForm& welcome, const QString& startDirectory) override;
@@ -20,4 +24,5 @@ public:
 
 private:
     AppContext& m_context;
+    PdfAccessLibrary& m_pdfAccess;
 };

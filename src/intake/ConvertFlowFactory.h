@@ -6,5 +6,6 @@
 
 struct AppContext;
 class ConvertFlow;
+class PdfAccessLibrary;
 
-std::unique_ptr<ConvertFlow> CreateConvertFlow(AppContext& context);
+std::unique_ptr<ConvertFlow> CreateConvertFlow(AppContext& context, PdfAccessLibrary& pdfAccess);

@@ -4,6 +4,7 @@
 #include "intake/ConvertFlowFactory.h"
 #include "platform/ApplicationPath.h"
 #include "platform/HelpViewer.h"
+#include "platform/PdfAccessLibrary.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "platform/SettingsShell.h"
 #include "platform/WindowGeometry.h"
@@ -38,7 +39,8 @@ int main(int argc, char** argv)
     DialogRuntime runtime;
     QObject::connect(&runtime, &DialogRuntime::AllUnloaded, &app, &QCoreApplication::quit,
                      Qt::QueuedConnection);
-    const auto flow = CreateConvertFlow(context);
+    const auto pdfAccess = CreatePdfAccessLibrary();
+    const auto flow = CreateConvertFlow(context, *pdfAccess);
     Forms forms(runtime, context, *flow);
     StartRun(forms);
     if (runtime.LoadedForms().isEmpty())

@@ -1,6 +1,7 @@
 #include "dialogs/ConvertFlow.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
+#include "dialogs/OtherOptionsForm.h"
 #include "dialogs/WelcomeForm.h"
 #include "support/FakeServices.h"
 #include "support/ModalDriver.h"

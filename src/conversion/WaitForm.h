@@ -1,0 +1,31 @@
+#pragma once
+
+// The progress dialog of a conversion: runs the engine while it shows "Converting...", decides
+// whether the run produced a result, finishes it and opens it or says it is done.
+
+#include "dialogs/Form.h"
+
+struct AppContext;
+class QLabel;
+
+class WaitForm final : public Form
+{
+    Q_OBJECT
+
+public:
+    WaitForm(DialogRuntime& runtime, AppContext& context);
+
+    // Placed over the owner and shown modally; returns when the run has ended.
+    void Begin(Form& ownerForm);
+
+protected:
+    void Form_Load() override;
+    void Form_Activate() override;
+
+private:
+    void RunConversion();
+
+    AppContext& m_context;
+    qint16 m_activationMark = 0;
+    QLabel* m_labelMessage = nullptr;
+};

@@ -1,0 +1,75 @@
+#include "intake/PasswordForm.h"
+
+#include "dialogs/DialogRuntime.h"
+#include "run/RunState.h"
+#include "services/Localisation.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+PasswordForm::PasswordForm(DialogRuntime& runtime, RunState& state) : Form(runtime), m_state(state)
+{
+    setObjectName(QStringLiteral("PasswordForm"));
+    setWindowTitle(QStringLiteral("Convert PDF to Word"));
+    QFont dialogFont(QStringLiteral("Tahoma"));
+    dialogFont.setPointSizeF(8.25);
+    setFont(dialogFont);
+    SetFixedClientSizeTwips(4935, 1665);
+
+    m_labelMessage = new QLabel(QStringLiteral("File is protected.  Please enter a password:"), this);
+    m_labelMessage->setObjectName(QStringLiteral("LabelMessage"));
+    m_labelMessage->setWordWrap(true);
+    PlaceTwips(*m_labelMessage, 120, 120, 4695, 435);
+
+    m_textPassword = new QLineEdit(this);
+    m_textPassword->setObjectName(QStringLiteral("TextPassword"));
+    m_textPassword->setEchoMode(QLineEdit::Password);
+    PlaceTwips(*m_textPassword, 120, 600, 4695, 315);
+
+    m_buttonOK = new QPushButton(QStringLiteral("OK"), this);
+    m_buttonOK->setObjectName(QStringLiteral("ButtonOK"));
+    m_buttonOK->setDefault(true);
+    PlaceTwips(*m_buttonOK, 2280, 1140, 1215, 375);
+
+    m_buttonCancel = new QPushButton(QStringLiteral("Cancel"), this);
+    m_buttonCancel->setObjectName(QStringLiteral("ButtonCancel"));
+    m_buttonCancel->setAutoDefault(false);
+    PlaceTwips(*m_buttonCancel, 3600, 1140, 1215, 375);
+    SetCancelButton(m_buttonCancel);
+
+    connect(m_textPassword, &QLineEdit::textChanged, this, &PasswordForm::TextPassword_Change);
+    connect(m_buttonOK, &QPushButton::clicked, this, &PasswordForm::ButtonOK_Click);
+    connect(m_buttonCancel, &QPushButton::clicked, this, &PasswordForm::ButtonCancel_Click);
+}
+
+void PasswordForm::Form_Load()
+{
+    m_buttonOK->setEnabled(false);
+    m_state.Passwords.clear();
+    auto text = [](QWidget* control) {
+        return [control](const QString& value) { SetControlText(*control, value); };
+    };
+    ApplyDialogLanguage(*this, {{{2201}, text(this)},
+                                {{2202}, text(m_labelMessage)},
+                                {{2203}, text(m_buttonOK)},
+                                {{2204}, text(m_buttonCancel)}});
+}
+
+void PasswordForm::TextPassword_Change()
+{
+    m_buttonOK->setEnabled(!m_textPassword->text().isEmpty());
+}
+
+void PasswordForm::ButtonOK_Click()
+{
+    m_state.Passwords = m_textPassword->text();
+    Runtime().Hide(*this);
+    Runtime().Unload(*this);
+}
+
+void PasswordForm::ButtonCancel_Click()
+{
+    Runtime().Hide(*this);
+    Runtime().Unload(*this);
+}
