@@ -1,0 +1,433 @@
+#include "options/SettingsStore.h"
+#include "options/OptionsDocument.h"
+#include "run/RunState.h"
+#include "support/FakeServices.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace {
+
+const QString Document = SettingsNames::OptionsDocument;
+const QString PreviewThumb = SettingsNames::PreviewThumb;
+const QString DocumentFormat = SettingsNames::DocumentFormat;
+const QString LaunchWord = SettingsNames::LaunchWord;
+
+// A stored document with a password and values that differ from every default.
+QString StoredDocument()
+{
+    RunState s;
+    s.AdjustFontNames = 0;
+    s.ConversionMethod = 3;
+    s.DocumentType = 1;
+    s.JpegQuality = 40;
+    s.PasswordLen = 7;
+    s.PasswordSeparator = 44;
+    s.Passwords = QStringLiteral("secret");
+    return BuildOptionsDocument(s);
+}
+
+TEST(LoadSettings, FirstStartCreatesAllFourValues)
+{
+    FakeStore store;
+    RunState state;
+    LoadSettings(state, store.Factory());
+
+    EXPECT_EQ(store.shellsMade, 1);
+    EXPECT_EQ(store.writes, QStringList({Document, PreviewThumb, DocumentFormat, LaunchWord}));
+    EXPECT_EQ(store.values.value(Document), QVariant(QString()));
+    for (const QString& name : {PreviewThumb, DocumentFormat, LaunchWord})
+        EXPECT_EQ(store.values.value(name), QVariant(1)) << name.toStdString();
+
+    EXPECT_EQ(state.PreviewThumb, 1);
+    EXPECT_EQ(state.DocumentFormat, 1);
+    EXPECT_EQ(state.LaunchWord, 1);
+    EXPECT_EQ(state.OptionsDocument, QString());
+    EXPECT_EQ(state.ConversionMethod, 2);
+    EXPECT_EQ(state.DocumentType, 2);
+    EXPECT_EQ(state.JpegQuality, 85);
+    EXPECT_EQ(state.ZoomDpi, 96);
+    EXPECT_EQ(state.Passwords, QString());
+}
+
+struct SwitchRow
+{
+    const char* name;
+    qint16 hostedByWord;
+    std::optional<QVariant> previewThumb;  // stored value, or none
+    std::optional<QVariant> documentFormat;
+    std::optional<QVariant> launchWord;
+    qint16 expectedPreviewThumb;
+    qint16 expectedDocumentFormat;
+    qint16 expectedLaunchWord;
+    QStringList expectedWrites;
+};
+
+TEST(LoadSettings, ReadsTheSwitchesAndRewritesOnlyWhatIsMissingOrUnreadable)
+{
+    const std::optional<QVariant> none;
+    const SwitchRow rows[] = {
+        {"stored numbers", 0, QVariant(0), QVariant(2), QVariant(0), 0, 2, 0, {}},
+        {"PreviewThumb 0 is kept and not rewritten",
+         0,
+         QVariant(0),
+         QVariant(1),
+         QVariant(1),
+         0,
+         1,
+         1,
+         {}},
+        {"numbers stored as text", 0, QVariant("0"), QVariant(" 2 "), QVariant("-1"), 0, 2, -1, {}},
+        {"LaunchWord \"abc\" becomes 1",
+         0,
+         QVariant(1),
+         QVariant(1),
+         QVariant("abc"),
+         1,
+         1,
+         1,
+         {LaunchWord}},
+        {"numbers past 16 bits count as missing",
+         0,
+         QVariant(70000),
+         QVariant("70000"),
+         QVariant(-32769),
+         1,
+         1,
+         1,
+         {PreviewThumb, DocumentFormat, LaunchWord}},
+        {"16-bit limits are kept",
+         0,
+         QVariant(32767),
+         QVariant(-32768),
+         QVariant("32767"),
+         32767,
+         -32768,
+         32767,
+         {}},
+        {"a value of another kind counts as missing",
+         0,
+         QVariant(QStringList{"a", "b"}),
+         QVariant(1.5),
+         QVariant(1),
+         1,
+         1,
+         1,
+         {PreviewThumb, DocumentFormat}},
+        {"missing switches are made",
+         0,
+         none,
+         none,
+         QVariant(0),
+         1,
+         1,
+         0,
+         {PreviewThumb, DocumentFormat}},
+        {"out-of-range DocumentFormat is left for the dialogs",
+         0,
+         QVariant(1),
+         QVariant(-5),
+         QVariant(1),
+         1,
+         -5,
+         1,
+         {}},
+        {"hosted: the stored DocumentFormat is neither read nor written",
+         -1,
+         QVariant(1),
+         QVariant(2),
+         QVariant(1),
+         1,
+         1,
+         1,
+         {}},
+        {"hosted: a missing DocumentFormat is not made",
+         -1,
+         QVariant(0),
+         none,
+         QVariant(0),
+         0,
+         1,
+         0,
+         {}},
+    };
+    for (const SwitchRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        FakeStore store;
+        store.values.insert(Document, QString());
+        const std::pair<QString, std::optional<QVariant>> stored[] = {
+            {PreviewThumb, row.previewThumb},
+            {DocumentFormat, row.documentFormat},
+            {LaunchWord, row.launchWord}};
+        for (const auto& [name, value] : stored)
+            if (value)
+                store.values.insert(name, *value);
+
+        RunState state;
+        state.HostedByWord = row.hostedByWord;
+        state.DocumentFormat = 2;
+        LoadSettings(state, store.Factory());
+
+        EXPECT_EQ(state.PreviewThumb, row.expectedPreviewThumb);
+        EXPECT_EQ(state.DocumentFormat, row.expectedDocumentFormat);
+        EXPECT_EQ(state.LaunchWord, row.expectedLaunchWord);
+        EXPECT_EQ(store.writes, row.expectedWrites);
+        for (const QString& name : row.expectedWrites)
+            EXPECT_EQ(store.values.value(name), QVariant(1)) << name.toStdString();
+        if (row.hostedByWord != 0) {
+            EXPECT_EQ(store.values.value(DocumentFormat), row.documentFormat.value_or(QVariant()));
+        }
+    }
+}
+
+TEST(LoadSettings, ParsesTheStoredDocument)
+{
+    FakeStore store;
+    store.values.insert(Document, StoredDocument());
+    RunState state;
+    LoadSettings(state, store.Factory());
+
+    EXPECT_EQ(state.OptionsDocument, StoredDocument());
+    EXPECT_EQ(state.AdjustFontNames, 0);
+    EXPECT_EQ(state.ConversionMethod, 3);
+    EXPECT_EQ(state.DocumentType, 1);
+    EXPECT_EQ(state.JpegQuality, 40);
+    EXPECT_EQ(state.Passwords, QStringLiteral("secret"));
+    EXPECT_EQ(state.PasswordLen, 7);
+    EXPECT_FALSE(store.writes.contains(Document));
+}
+
+TEST(LoadSettings, AFailingStoreGivesTheDefaultsAndNoError)
+{
+    enum class Failure { Reads, ReadsAndWrites, NoShell, EmptyFactory };
+    for (const Failure failure :
+         {Failure::Reads, Failure::ReadsAndWrites, Failure::NoShell, Failure::EmptyFactory}) {
+        SCOPED_TRACE(static_cast<int>(failure));
+        FakeStore store;
+        store.values.insert(Document, StoredDocument());
+        store.values.insert(PreviewThumb, 0);
+        store.values.insert(DocumentFormat, 2);
+        store.values.insert(LaunchWord, 0);
+        store.failReads = true;
+        store.failWrites = failure != Failure::Reads;
+        store.unavailable = failure == Failure::NoShell;
+
+        RunState state;
+        state.PreviewThumb = 0;
+        state.DocumentFormat = 2;
+        state.LaunchWord = 0;
+        LoadSettings(state,
+                     failure == Failure::EmptyFactory ? SettingsShellFactory() : store.Factory());
+
+        EXPECT_EQ(state.PreviewThumb, 1);
+        EXPECT_EQ(state.DocumentFormat, 1);
+        EXPECT_EQ(state.LaunchWord, 1);
+        EXPECT_EQ(state.OptionsDocument, QString());
+        EXPECT_EQ(state.ConversionMethod, 2);
+        EXPECT_EQ(state.JpegQuality, 85);
+        EXPECT_EQ(state.Passwords, QString());
+        if (failure == Failure::Reads) {
+            EXPECT_EQ(store.writes,
+                      QStringList({Document, PreviewThumb, DocumentFormat, LaunchWord}));
+        } else {
+            EXPECT_EQ(store.values.value(Document), StoredDocument());
+        }
+    }
+}
+
+TEST(SaveOptions, WritesTheDocumentAndTheSwitchesInOrder)
+{
+    for (const qint16 hosted : {qint16{0}, qint16{-1}}) {
+        SCOPED_TRACE(hosted);
+        FakeStore store;
+        store.values.insert(DocumentFormat, 1);
+        RunState state;
+        state.HostedByWord = hosted;
+        state.ConversionMethod = 3;
+        state.PreviewThumb = 0;
+        state.DocumentFormat = 2;
+        state.LaunchWord = -1;
+        state.Passwords = QStringLiteral("run");
+        SaveOptions(state, store.Factory(), true);
+
+        EXPECT_EQ(store.shellsMade, 1);
+        QStringList expectedWrites{Document, PreviewThumb, DocumentFormat, LaunchWord};
+        if (hosted != 0)
+            expectedWrites.removeAll(DocumentFormat);
+        EXPECT_EQ(store.writes, expectedWrites);
+        EXPECT_EQ(store.values.value(Document), QVariant(BuildOptionsDocument(state)));
+        EXPECT_EQ(state.OptionsDocument, BuildOptionsDocument(state));
+        EXPECT_TRUE(
+            state.OptionsDocument.contains(QStringLiteral("\"Passwords\" value = \"run\"")));
+        EXPECT_EQ(store.values.value(PreviewThumb), QVariant(0));
+        EXPECT_EQ(store.values.value(DocumentFormat), QVariant(hosted != 0 ? 1 : 2));
+        EXPECT_EQ(store.values.value(LaunchWord), QVariant(-1));
+    }
+}
+
+struct PasswordRow
+{
+    const char* name;
+    std::optional<QString> stored;  // the stored document, or none
+    bool failReads;
+    qint16 expectedLen;
+    qint16 expectedSeparator;
+    QString expectedPasswords;
+};
+
+TEST(SaveOptions, WithoutKeepingTheRunsPasswordsTakesTheStoredOnes)
+{
+    const auto storedWith = [](const char* len, const char* separator, const QString& passwords) {
+        return QStringLiteral("<x>\r\n  <numeric name = \"PasswordLen\" value = \"%1\" />\r\n"
+                              "  <numeric name = \"PasswordSeparator\" value = \"%2\" />\r\n"
+                              "  <string name = \"Passwords\" value = \"%3\" />\r\n</x>")
+            .arg(QLatin1String(len), QLatin1String(separator), passwords);
+    };
+    const PasswordRow rows[] = {
+        {"stored password is written back", StoredDocument(), false, 7, 44,
+         QStringLiteral("secret")},
+        {"stored empty password reads as \"0\"", storedWith("0", "0", ""), false, 0, 0,
+         QStringLiteral("0")},
+        {"non-ASCII stored password", storedWith("3", "44", QStringLiteral(u"日本語")), false, 3,
+         44, QStringLiteral(u"日本語")},
+        {"an unconvertible number keeps only that field", storedWith("abc", "44", "pw"), false, 5,
+         44, QStringLiteral("pw")},
+        {"all three unconvertible or unreadable keep the fields",
+         storedWith("70000", "x", "pw")
+             .replace(QStringLiteral("\"Passwords\" value = \"pw\""),
+                      QStringLiteral("\"Passwords\" value = \"pw")),
+         false, 5, 1, QStringLiteral("run")},
+        {"no stored document gives the defaults", std::nullopt, false, 0, 0, QString()},
+        {"unreadable store gives the defaults", StoredDocument(), true, 0, 0, QString()},
+    };
+    for (const PasswordRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        FakeStore store;
+        if (row.stored)
+            store.values.insert(Document, *row.stored);
+        store.failReads = row.failReads;
+        RunState state;
+        state.PasswordLen = 5;
+        state.PasswordSeparator = 1;
+        state.Passwords = QStringLiteral("run");
+        SaveOptions(state, store.Factory(), false);
+
+        EXPECT_EQ(state.PasswordLen, row.expectedLen);
+        EXPECT_EQ(state.PasswordSeparator, row.expectedSeparator);
+        EXPECT_EQ(state.Passwords, row.expectedPasswords);
+        EXPECT_EQ(store.values.value(Document), QVariant(BuildOptionsDocument(state)));
+    }
+}
+
+TEST(SaveOptions, AfterTheIntakeClearedThePasswordTheStoredOneIsKept)
+{
+    FakeStore store;
+    store.values.insert(Document, StoredDocument());
+    RunState state;
+    LoadSettings(state, store.Factory());
+    state.Passwords.clear();  // as the intake does before its first attempt
+    state.JpegQuality = 70;
+    SaveOptions(state, store.Factory(), false);
+
+    RunState next;
+    LoadSettings(next, store.Factory());
+    EXPECT_EQ(next.Passwords, QStringLiteral("secret"));
+    EXPECT_EQ(next.PasswordLen, 7);
+    EXPECT_EQ(next.PasswordSeparator, 44);
+    EXPECT_EQ(next.JpegQuality, 70);
+}
+
+TEST(SaveOptions, AnAcceptedPasswordOutlastsTheRun)
+{
+    const QString passwords[] = {QStringLiteral("p"), QStringLiteral(u"日本語のパスワード"),
+                                 QStringLiteral("a&b<c>d e"), QStringLiteral("with\"quote")};
+    for (const QString& password : passwords) {
+        SCOPED_TRACE(password.toStdString());
+        FakeStore store;
+        RunState state;
+        LoadSettings(state, store.Factory());
+        state.Passwords = password;
+        state.PasswordLen = static_cast<qint16>(password.size() + 1);
+        state.PasswordSeparator = 44;
+        SaveOptions(state, store.Factory(), true);
+        // A later save without the run's passwords keeps the accepted one.
+        state.Passwords.clear();
+        SaveOptions(state, store.Factory(), false);
+
+        RunState next;
+        LoadSettings(next, store.Factory());
+        // The reader ends a value at its first quote.
+        EXPECT_EQ(next.Passwords, password.section(u'"', 0, 0));
+        EXPECT_EQ(next.PasswordLen, password.size() + 1);
+        EXPECT_EQ(next.PasswordSeparator, 44);
+    }
+}
+
+TEST(SaveOptions, TwoSavesWithoutAPasswordWriteEmptyThenZero)
+{
+    FakeStore store;
+    RunState state;
+    LoadSettings(state, store.Factory());
+    SaveOptions(state, store.Factory(), false);
+    EXPECT_TRUE(store.values.value(Document).toString().contains(
+        QStringLiteral("<string name = \"Passwords\" value = \"\" />")));
+    SaveOptions(state, store.Factory(), false);
+    EXPECT_TRUE(store.values.value(Document).toString().contains(
+        QStringLiteral("<string name = \"Passwords\" value = \"0\" />")));
+    EXPECT_TRUE(store.values.value(Document).toString().contains(
+        QStringLiteral("<numeric name = \"PasswordLen\" value = \"0\" />")));
+    EXPECT_EQ(state.PasswordLen, 0);
+    EXPECT_EQ(store.shellsMade, 3);
+}
+
+TEST(SaveOptions, AFailingStoreStillUpdatesTheRunsDocument)
+{
+    enum class Failure { Writes, NoShell, EmptyFactory };
+    for (const Failure failure : {Failure::Writes, Failure::NoShell, Failure::EmptyFactory}) {
+        SCOPED_TRACE(static_cast<int>(failure));
+        FakeStore store;
+        store.values.insert(Document, StoredDocument());
+        store.failWrites = true;
+        store.unavailable = failure == Failure::NoShell;
+        RunState state;
+        state.JpegQuality = 55;
+        state.Passwords = QStringLiteral("run");
+        SaveOptions(state,
+                    failure == Failure::EmptyFactory ? SettingsShellFactory() : store.Factory(),
+                    false);
+
+        EXPECT_EQ(state.OptionsDocument, BuildOptionsDocument(state));
+        EXPECT_TRUE(
+            state.OptionsDocument.contains(QStringLiteral("\"JpegQuality\" value = \"55\"")));
+        EXPECT_EQ(store.values.value(Document), StoredDocument());
+        // Only a shell that could read gives back the stored password.
+        EXPECT_EQ(state.Passwords,
+                  failure == Failure::Writes ? QStringLiteral("secret") : QString());
+    }
+}
+
+TEST(SaveOptions, ThePreviewsValuesReachTheStoreButNeverComeBack)
+{
+    FakeStore store;
+    RunState state;
+    LoadSettings(state, store.Factory());
+    state.UsingPageRange = 1;
+    state.ExtractToBMP = 1;
+    state.PageFrom = 0;
+    state.PageTo = 0;
+    state.ZoomDpi = 20;
+    SaveOptions(state, store.Factory(), false);
+    const QString stored = store.values.value(Document).toString();
+    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("ZoomDpi"), QString()), QStringLiteral("20"));
+    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("ExtractToBMP"), QString()),
+              QStringLiteral("1"));
+
+    RunState next;
+    LoadSettings(next, store.Factory());
+    EXPECT_EQ(next.ZoomDpi, 96);
+    EXPECT_EQ(next.ExtractToBMP, 0);
+    EXPECT_EQ(next.UsingPageRange, 0);
+}
+
+}  // namespace
