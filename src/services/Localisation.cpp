@@ -91,14 +91,14 @@ QString DisplayedCaption(const QString& caption)
 
 void SetControlText(QWidget& control, const QString& text)
 {
-    if (control.isWindow()) {
-        control.setWindowTitle(text);
-    } else if (auto* frame = qobject_cast<QGroupBox*>(&control)) {
+    if (auto* frame = qobject_cast<QGroupBox*>(&control)) {
         frame->setTitle(text);
     } else if (auto* button = qobject_cast<QAbstractButton*>(&control)) {
         button->setText(text);
     } else if (auto* label = qobject_cast<QLabel*>(&control)) {
         // A label with a buddy reads access keys itself; any other shows its text verbatim.
         label->setText(label->buddy() ? text : DisplayedCaption(text));
+    } else if (control.isWindow()) {
+        control.setWindowTitle(text);
     }
 }
