@@ -1,0 +1,599 @@
+#include "convert/Converter.h"
+
+#include "convert/AtomicFile.h"
+#include "layout/PageLayout.h"
+#include "layout/RunningHeads.h"
+#include "rtf/RtfWriter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+namespace velmora {
+
+namespace {
+
+// Pages the running heads are learnt from; short documents are read once and kept.
+constexpr int SamplePages = 12;
+
+struct FileCloser
+{
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+struct Section
+{
+    float width = 612;
+    float height = 792;
+    float left = 72;
+    float right = 72;
+    float top = 72;
+    float bottom = 72;
+};
+
+// Room the text of a block needs in a word processor's font, by a typical glyph width.
+float estimatedWidth(const std::vector<Glyph>& glyphs, float scale)
+{
+    float width = 0;
+    for (const Glyph& glyph : glyphs) {
+        const float em = glyph.size * scale;
+        if (CharsetFor(glyph.c) == 128 || CharsetFor(glyph.c) == 129)
+            width += em;
+        else if (glyph.c == ' ')
+            width += em * 0.28f;
+        else
+            width += em * 0.47f;
+    }
+    return width;
+}
+
+// The factor that lets a block's text fit its box, never below 60 %.
+float shrinkToFit(const Block& block, float boxWidth, float boxHeight)
+{
+    if (boxWidth <= 0 || block.size <= 0)
+        return 1;
+    float scale = 1;
+    for (int step = 0; step < 8; ++step) {
+        const float width = estimatedWidth(block.text, scale);
+        // The estimate is rough; within 5 % counts as fitting.
+        const float lines = std::ceil(width / (boxWidth * 1.05f));
+        const float height = lines * block.size * scale * 1.1f;
+        if (height <= boxHeight * 1.1f + 2)
+            break;
+        scale *= 0.95f;
+        if (scale < 0.6f) {
+            scale = 0.6f;
+            break;
+        }
+    }
+    return scale;
+}
+
+class DocumentWriter
+{
+public:
+    DocumentWriter(PdfSession& pdf, const EngineOptions& options) : m_pdf(pdf), m_options(options)
+    {
+        m_pictureOptions.extract = options.extractImages;
+        m_pictureOptions.jpeg = options.imageFormat != 1;
+        m_pictureOptions.jpegQuality = std::clamp(options.jpegQuality, 1, 100);
+    }
+
+    void run(const std::function<void(const std::string&)>& sink, const Progress& progress)
+    {
+        const int count = m_pdf.pageCount();
+        const auto [first, last] = PageSpan(m_options, count);
+        learn(first, last);
+
+        std::unique_ptr<std::FILE, FileCloser> body(std::tmpfile());
+        if (!body)
+            throw ConversionError("cannot make a temporary file");
+        RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+        for (int index = first; index <= last; ++index) {
+            PageContent page = takePage(index);
+            writePage(writer, page, index, index == first);
+            if (std::fwrite(writer.out().data(), 1, writer.out().size(), body.get()) !=
+                writer.out().size())
+                throw ConversionError("cannot write the temporary file");
+            writer.out().clear();
+            if (progress)
+                progress(index - first + 1, last - first + 1);
+        }
+
+        sink(documentHead());
+        std::rewind(body.get());
+        std::string chunk(1 << 16, '\0');
+        std::size_t got = 0;
+        while ((got = std::fread(chunk.data(), 1, chunk.size(), body.get())) > 0)
+            sink(chunk.substr(0, got));
+        sink("}\n");
+    }
+
+private:
+    PageContent takePage(int index)
+    {
+        for (auto& cached : m_cache) {
+            if (cached.first == index) {
+                PageContent page = std::move(cached.second);
+                cached.first = -1;
+                return page;
+            }
+        }
+        return read(index);
+    }
+
+    PageContent read(int index)
+    {
+        try {
+            PageContent page = m_pdf.readPage(index, m_pictureOptions, m_fonts);
+            if (!m_options.extractText)
+                page.lines.clear();
+            if (!m_options.extractHyperlinks)
+                page.links.clear();
+            return page;
+        } catch (const PdfError& error) {
+            throw ConversionError("page " + std::to_string(index + 1) + ": " + error.what());
+        }
+    }
+
+    // Reads a sample of the range for the body size, the margins and the running heads.
+    void learn(int first, int last)
+    {
+        const int pages = last - first + 1;
+        const bool keep = pages <= SamplePages;
+        std::vector<std::vector<Line>> sampleLines;
+        std::vector<TextLine> sampleText;
+        PictureOptions noPictures = m_pictureOptions;
+        for (int k = 0; k < std::min(pages, SamplePages); ++k) {
+            const int index = keep ? first + k
+                                   : first + static_cast<int>(static_cast<long>(k) * (pages - 1) /
+                                                              (SamplePages - 1));
+            PageContent page;
+            if (keep) {
+                page = read(index);
+            } else {
+                noPictures.extract = false;
+                try {
+                    page = m_pdf.readPage(index, noPictures, m_fonts);
+                } catch (const PdfError& error) {
+                    throw ConversionError("page " + std::to_string(index + 1) + ": " +
+                                          error.what());
+                }
+            }
+            if (k == 0) {
+                m_section.width = page.width;
+                m_section.height = page.height;
+            }
+            sampleLines.push_back(PageLines(page));
+            sampleText.insert(sampleText.end(), page.lines.begin(), page.lines.end());
+            if (keep)
+                m_cache.emplace_back(index, std::move(page));
+        }
+        m_bodySize = DominantSize(sampleText);
+        if (m_options.detectHeader && m_options.extractText)
+            m_heads = RunningHeads::Learn(sampleLines);
+    }
+
+    LayoutOptions layoutOptions() const
+    {
+        LayoutOptions layout;
+        layout.documentType = m_options.documentType;
+        layout.mergeParagraphs = m_options.mergeParagraph;
+        layout.mergeText = m_options.mergeText;
+        layout.rotatedAsShapes = m_options.wordArt;
+        layout.bodySize = m_bodySize;
+        layout.runningHeads = &m_heads;
+        return layout;
+    }
+
+    void writePage(RtfWriter& writer, const PageContent& page, int index, bool firstPage)
+    {
+        const PageLayout layout = LayOutPage(page, layoutOptions(), &m_fonts.faces());
+        if (firstPage)
+            settleSection(page, layout);
+        if (!m_headerWritten && !layout.header.empty())
+            m_header = runningText(layout.header, page, index, true);
+        if (!m_footerWritten && !layout.footer.empty())
+            m_footer = runningText(layout.footer, page, index, false);
+        m_headerWritten = m_headerWritten || !layout.header.empty();
+        m_footerWritten = m_footerWritten || !layout.footer.empty();
+
+        switch (m_options.conversionMethod) {
+        case 1:
+            writeTabbed(writer, page, layout, firstPage);
+            break;
+        case 3:
+            writeFlow(writer, page, layout);
+            break;
+        default:
+            writeBoxes(writer, page, layout, firstPage);
+            break;
+        }
+    }
+
+    void settleSection(const PageContent& page, const PageLayout& layout)
+    {
+        m_section.width = page.width;
+        m_section.height = page.height;
+        if (layout.contentBox.empty())
+            return;
+        const float minimum = 18;
+        m_section.left = std::clamp(layout.contentBox.x0, minimum, page.width / 3);
+        m_section.right = std::clamp(page.width - layout.contentBox.x1, minimum, page.width / 3);
+        m_section.top = std::clamp(layout.contentBox.y0, minimum, page.height / 3);
+        m_section.bottom = std::clamp(page.height - layout.contentBox.y1, minimum, page.height / 3);
+        if (!layout.header.empty())
+            m_headerTop = layout.header.front().box.y0;
+        if (!layout.footer.empty())
+            m_footerBottom = page.height - layout.footer.back().box.y1;
+    }
+
+    // A running line for the header or footer; the page's own number becomes a PAGE field.
+    std::string runningText(const std::vector<Line>& lines, const PageContent& page, int index,
+                            bool header)
+    {
+        RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+        std::string& out = writer.out();
+        out += header ? "{\\header " : "{\\footer ";
+        const std::string number = std::to_string(index + 1);
+        for (const Line& line : lines) {
+            out += "\\pard\\plain";
+            const float centre = line.box.centreX();
+            if (std::fabs(centre - page.width / 2) < 24)
+                out += "\\qc";
+            else if (line.box.x1 > page.width - m_section.right - 12 &&
+                     line.box.x0 > page.width / 2)
+                out += "\\qr";
+            out.push_back(' ');
+            std::size_t i = 0;
+            std::vector<Glyph> pending;
+            while (i < line.glyphs.size()) {
+                std::size_t end = i;
+                while (end < line.glyphs.size() && line.glyphs[end].c >= '0' &&
+                       line.glyphs[end].c <= '9')
+                    ++end;
+                if (end > i) {
+                    std::vector<Glyph> digits(line.glyphs.begin() + static_cast<std::ptrdiff_t>(i),
+                                              line.glyphs.begin() +
+                                                  static_cast<std::ptrdiff_t>(end));
+                    if (ToUtf8(digits) == number) {
+                        writer.text(pending, nullptr);
+                        pending.clear();
+                        out += "{\\field{\\*\\fldinst PAGE}{\\fldrslt ";
+                        writer.text(digits, nullptr);
+                        out += "}}";
+                    } else {
+                        pending.insert(pending.end(), digits.begin(), digits.end());
+                    }
+                    i = end;
+                    continue;
+                }
+                Glyph glyph = line.glyphs[i];
+                if (glyph.c == '\t')
+                    glyph.c = ' ';
+                pending.push_back(glyph);
+                ++i;
+            }
+            writer.text(pending, nullptr);
+            out += "\\par";
+        }
+        out += "}\n";
+        return out;
+    }
+
+    void paragraphSpacing(std::string& out, const PageLayout& layout, const Block& block) const
+    {
+        if (layout.doubleSpaced)
+            out += "\\sl480\\slmult1";
+        else if (m_options.adjustSpacing && block.lineGap > 0)
+            out += "\\sl" + std::to_string(Twips(block.lineGap)) + "\\slmult0";
+    }
+
+    void tabStops(std::string& out, const Block& block, float origin) const
+    {
+        for (float stop : block.tabStops) {
+            const long at = Twips(stop - origin);
+            if (at > 0)
+                out += "\\tx" + std::to_string(at);
+        }
+    }
+
+    void writePictureParagraph(RtfWriter& writer, const Picture& picture, float maxWidth)
+    {
+        float width = picture.box.width();
+        float height = picture.box.height();
+        if (maxWidth > 0 && width > maxWidth) {
+            height *= maxWidth / width;
+            width = maxWidth;
+        }
+        writer.out() += "\\pard\\plain\\qc ";
+        writer.picture(picture, width, height);
+        writer.out() += "\\par\n";
+    }
+
+    void writeRotatedShape(RtfWriter& writer, const Block& block, bool onPage)
+    {
+        std::string& out = writer.out();
+        const float length = std::max(estimatedWidth(block.text, 1), block.size);
+        const float thickness = block.size * 1.6f;
+        const float cx = block.box.centreX();
+        const float cy = block.box.centreY();
+        const long left = onPage ? Twips(cx - length / 2) : 0;
+        const long top = onPage ? Twips(cy - thickness / 2) : 0;
+        out += "\\pard\\plain {\\shp{\\*\\shpinst\\shpleft" + std::to_string(left) + "\\shptop" +
+               std::to_string(top) + "\\shpright" + std::to_string(left + Twips(length)) +
+               "\\shpbottom" + std::to_string(top + Twips(thickness)) + "\\shpfhdr0";
+        out += onPage ? "\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore"
+                      : "\\shpbxcolumn\\shpbxignore\\shpbypara\\shpbyignore";
+        out += "\\shpwr3\\shpwrk0\\shpfblwtxt0\\shpz0";
+        out += "{\\sp{\\sn shapeType}{\\sv 202}}{\\sp{\\sn rotation}{\\sv " +
+               std::to_string(std::lround(-block.angle * 65536)) + "}}";
+        out +=
+            "{\\sp{\\sn fLine}{\\sv 0}}{\\sp{\\sn fFilled}{\\sv 0}}{\\sp{\\sn dxTextLeft}{\\sv 0}}"
+            "{\\sp{\\sn dxTextRight}{\\sv 0}}{\\sp{\\sn dyTextTop}{\\sv 0}}{\\sp{\\sn "
+            "dyTextBottom}{\\sv 0}}";
+        out += "{\\shptxt \\pard\\plain\\qc ";
+        writer.text(block.text, nullptr);
+        out += "\\par}}}\\par\n";
+    }
+
+    void writeFlow(RtfWriter& writer, const PageContent& page, const PageLayout& layout)
+    {
+        const float textWidth = m_section.width - m_section.left - m_section.right;
+        for (const Block& block : layout.blocks) {
+            std::string& out = writer.out();
+            switch (block.kind) {
+            case BlockKind::Picture:
+                writePictureParagraph(
+                    writer, page.pictures[static_cast<std::size_t>(block.picture)], textWidth);
+                continue;
+            case BlockKind::Rotated:
+                writeRotatedShape(writer, block, false);
+                continue;
+            case BlockKind::Heading1:
+                out += "\\pard\\plain\\s1\\outlinelevel0\\sb240\\sa120\\keepn ";
+                break;
+            case BlockKind::Heading2:
+                out += "\\pard\\plain\\s2\\outlinelevel1\\sb180\\sa60\\keepn ";
+                break;
+            case BlockKind::Paragraph:
+                out += "\\pard\\plain\\sa120";
+                paragraphSpacing(out, layout, block);
+                tabStops(out, block, m_section.left);
+                out.push_back(' ');
+                break;
+            }
+            writer.text(block.text, &page.links);
+            out += "\\par\n";
+        }
+    }
+
+    void writeTabbed(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
+                     bool firstPage)
+    {
+        float previousBottom = m_section.top;
+        bool firstOnPage = true;
+        for (const Block& block : layout.blocks) {
+            std::string& out = writer.out();
+            if (block.kind == BlockKind::Rotated) {
+                writeRotatedShape(writer, block, true);
+                continue;
+            }
+            out += "\\pard\\plain";
+            if (firstOnPage && !firstPage)
+                out += "\\pagebb";
+            firstOnPage = false;
+            const float gap = block.box.y0 - previousBottom;
+            if (m_options.adjustSpacing && gap > 1)
+                out += "\\sb" + std::to_string(Twips(gap));
+            previousBottom = std::max(previousBottom, block.box.y1);
+            const float indent =
+                m_options.preserveTextPosition ? std::max(0.0f, block.box.x0 - m_section.left) : 0;
+            if (indent > 0)
+                out += "\\li" + std::to_string(Twips(indent));
+            if (block.kind == BlockKind::Picture) {
+                out.push_back(' ');
+                const Picture& picture = page.pictures[static_cast<std::size_t>(block.picture)];
+                writer.picture(picture, picture.box.width(), picture.box.height());
+                out += "\\par\n";
+                continue;
+            }
+            paragraphSpacing(out, layout, block);
+            // Stops are measured from the margin, where the paragraph's indent also starts.
+            tabStops(out, block, m_options.preserveTextPosition ? m_section.left : block.box.x0);
+            out.push_back(' ');
+            float scale = 1;
+            if (m_options.shrinkFonts) {
+                const float right = block.tabStops.empty() ? m_section.width - m_section.right
+                                                           : block.tabStops.front();
+                scale = shrinkToFit(block, right - block.box.x0,
+                                    block.box.height() * 1.5f + block.size);
+            }
+            writer.text(block.text, &page.links, scale);
+            out += "\\par\n";
+        }
+        if (layout.blocks.empty()) {
+            writer.out() += firstPage ? "\\pard\\plain\\par\n" : "\\pard\\plain\\pagebb\\par\n";
+        }
+    }
+
+    void writeBoxes(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
+                    bool firstPage)
+    {
+        std::string& out = writer.out();
+        if (!firstPage)
+            out += "\\pard\\plain\\page\\par\n";
+        const auto frame = [&out](const Rect& box, float width, float height, bool exact) {
+            out += "\\pard\\plain\\phpg\\pvpg\\posx" +
+                   std::to_string(Twips(std::max(0.0f, box.x0))) + "\\posy" +
+                   std::to_string(Twips(std::max(0.0f, box.y0))) + "\\absw" +
+                   std::to_string(Twips(width)) + "\\absh" +
+                   std::to_string(exact ? -Twips(height) : Twips(height)) +
+                   "\\dxfrtext0\\dfrmtxtx0\\dfrmtxty0";
+        };
+        for (const Line& number : layout.pleadingNumbers) {
+            frame(number.box, number.box.width() + 4, number.box.height(), false);
+            out += "\\qr ";
+            writer.text(number.glyphs, nullptr);
+            out += "\\par\n";
+        }
+        for (const Block& block : layout.blocks) {
+            if (block.kind == BlockKind::Rotated) {
+                writeRotatedShape(writer, block, true);
+                continue;
+            }
+            if (block.kind == BlockKind::Picture) {
+                const Picture& picture = page.pictures[static_cast<std::size_t>(block.picture)];
+                frame(block.box, block.box.width(), block.box.height(), true);
+                out.push_back(' ');
+                writer.picture(picture, picture.box.width(), picture.box.height());
+                out += "\\par\n";
+                continue;
+            }
+            // Word's fonts are seldom the PDF's; a little air keeps the text from wrapping
+            // early unless the fonts are shrunk to the exact box instead.
+            float width = block.box.width();
+            float height = block.box.height();
+            float scale = 1;
+            if (m_options.shrinkFonts) {
+                width = width * 1.03f + 2;
+                scale = shrinkToFit(block, width, height + 2);
+            } else {
+                width = width * 1.08f + 4;
+            }
+            frame(block.box, width, height, m_options.shrinkFonts);
+            paragraphSpacing(out, layout, block);
+            tabStops(out, block, block.box.x0);
+            out.push_back(' ');
+            writer.text(block.text, &page.links, scale);
+            out += "\\par\n";
+        }
+    }
+
+    std::string documentHead()
+    {
+        std::string head = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1\n";
+        // The styles and the defaults must name their fonts before the table is written.
+        const int body = m_tables.font("Times New Roman", 0);
+        head += m_tables.fontTable();
+        head += m_tables.colourTable();
+        const std::string fs =
+            std::to_string(std::max(8L, std::lround((m_bodySize > 0 ? m_bodySize : 12) * 2)));
+        head += "{\\stylesheet{\\s0\\snext0\\f" + std::to_string(body) + "\\fs" + fs + " Normal;}";
+        head += "{\\s1\\sbasedon0\\snext0\\outlinelevel0\\b\\fs32 heading 1;}";
+        head += "{\\s2\\sbasedon0\\snext0\\outlinelevel1\\b\\fs26 heading 2;}}\n";
+        head += "{\\*\\generator VelmoraConverter;}\n";
+        head += "\\paperw" + std::to_string(Twips(m_section.width)) + "\\paperh" +
+                std::to_string(Twips(m_section.height));
+        head += "\\margl" + std::to_string(Twips(m_section.left)) + "\\margr" +
+                std::to_string(Twips(m_section.right));
+        head += "\\margt" + std::to_string(Twips(m_section.top)) + "\\margb" +
+                std::to_string(Twips(m_section.bottom));
+        head += "\\viewkind1\n\\sectd\\pgwsxn" + std::to_string(Twips(m_section.width)) +
+                "\\pghsxn" + std::to_string(Twips(m_section.height));
+        if (m_headerTop)
+            head += "\\headery" + std::to_string(Twips(*m_headerTop));
+        if (m_footerBottom)
+            head += "\\footery" + std::to_string(Twips(*m_footerBottom));
+        head += "\n" + m_header + m_footer;
+        return head;
+    }
+
+    PdfSession& m_pdf;
+    const EngineOptions& m_options;
+    PictureOptions m_pictureOptions;
+    FontTable m_fonts;
+    RtfTables m_tables;
+    RunningHeads m_heads;
+    float m_bodySize = 0;
+    Section m_section;
+    std::vector<std::pair<int, PageContent>> m_cache;
+    std::string m_header;
+    std::string m_footer;
+    bool m_headerWritten = false;
+    bool m_footerWritten = false;
+    std::optional<float> m_headerTop;
+    std::optional<float> m_footerBottom;
+};
+
+}  // namespace
+
+std::pair<int, int> PageSpan(const EngineOptions& options, int pageCount)
+{
+    if (pageCount <= 0)
+        throw ConversionError("the PDF has no pages");
+    if (!options.usingPageRange)
+        return {0, pageCount - 1};
+    const int first = options.pageFrom;
+    const int last = std::min(options.pageTo, pageCount - 1);
+    if (first < 0 || first >= pageCount || last < first) {
+        throw ConversionError("page range " + std::to_string(options.pageFrom + 1) + "-" +
+                              std::to_string(options.pageTo + 1) + " lies outside the document's " +
+                              std::to_string(pageCount) + " pages");
+    }
+    return {first, last};
+}
+
+void WriteRtf(PdfSession& pdf, const EngineOptions& options,
+              const std::function<void(const std::string&)>& sink, const Progress& progress)
+{
+    DocumentWriter writer(pdf, options);
+    try {
+        writer.run(sink, progress);
+    } catch (const PdfError& error) {
+        throw ConversionError(error.what());
+    }
+}
+
+void ConvertToFile(PdfSession& pdf, const EngineOptions& options, const std::string& target,
+                   const Progress& progress)
+{
+    AtomicFile file(target);
+    if (!file.open())
+        throw ConversionError(file.error());
+    WriteRtf(
+        pdf, options,
+        [&file](const std::string& piece) {
+            if (!file.write(piece))
+                throw ConversionError(file.error());
+        },
+        progress);
+    if (!file.commit())
+        throw ConversionError(file.error());
+}
+
+std::string PictureStem(const std::string& target)
+{
+    const std::size_t slash = target.find_last_of('/');
+    const std::size_t dot = target.find_last_of('.');
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash) || dot == slash + 1)
+        return target;
+    return target.substr(0, dot);
+}
+
+void WritePagePictures(PdfSession& pdf, const EngineOptions& options, const std::string& stem)
+{
+    int count = 0;
+    try {
+        count = pdf.pageCount();
+    } catch (const PdfError& error) {
+        throw ConversionError(error.what());
+    }
+    const auto [first, last] = PageSpan(options, count);
+    const int dpi = options.zoomDpi > 0 ? std::min(options.zoomDpi, 1200) : 96;
+    for (int index = first; index <= last; ++index) {
+        std::vector<uint8_t> bmp;
+        try {
+            bmp = pdf.renderBmp(index, dpi);
+        } catch (const PdfError& error) {
+            throw ConversionError("page " + std::to_string(index + 1) + ": " + error.what());
+        }
+        AtomicFile file(stem + "_" + std::to_string(index - first + 1) + ".bmp");
+        if (!file.open() || !file.write(bmp.data(), bmp.size()) || !file.commit())
+            throw ConversionError(file.error());
+    }
+}
+
+}  // namespace velmora

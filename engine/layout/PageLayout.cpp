@@ -1,0 +1,687 @@
+#include "layout/PageLayout.h"
+
+#include "layout/FontNames.h"
+#include "layout/RunningHeads.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace velmora {
+
+namespace {
+
+bool isSpace(char32_t c)
+{
+    return c == ' ' || c == '\t' || c == 0xa0 || c == 0x3000 || (c >= 0x2000 && c <= 0x200b);
+}
+
+bool isLowerLetter(char32_t c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 0xdf && c <= 0xff && c != 0xf7);
+}
+
+bool isLetter(char32_t c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= 0xc0 && c <= 0x24f);
+}
+
+float median(std::vector<float> values, float fallback)
+{
+    if (values.empty())
+        return fallback;
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+Glyph synthetic(const Glyph& style, char32_t c, float x0, float x1)
+{
+    Glyph glyph = style;
+    glyph.c = c;
+    glyph.box.x0 = x0;
+    glyph.box.x1 = std::max(x0, x1);
+    glyph.link = -1;
+    return glyph;
+}
+
+float weightedSize(const std::vector<Glyph>& glyphs)
+{
+    float sum = 0;
+    int count = 0;
+    for (const Glyph& glyph : glyphs) {
+        if (!isSpace(glyph.c)) {
+            sum += glyph.size;
+            ++count;
+        }
+    }
+    return count ? sum / static_cast<float>(count) : 0;
+}
+
+int countWords(const std::vector<Glyph>& glyphs)
+{
+    int words = 0;
+    bool inWord = false;
+    for (const Glyph& glyph : glyphs) {
+        const bool space = isSpace(glyph.c);
+        if (!space && !inWord)
+            ++words;
+        inWord = !space;
+    }
+    return words;
+}
+
+Fragment makeFragment(std::vector<Glyph> glyphs)
+{
+    while (!glyphs.empty() && isSpace(glyphs.back().c))
+        glyphs.pop_back();
+    const auto first =
+        std::find_if(glyphs.begin(), glyphs.end(), [](const Glyph& g) { return !isSpace(g.c); });
+    glyphs.erase(glyphs.begin(), first);
+    Fragment fragment;
+    for (const Glyph& glyph : glyphs)
+        fragment.box.unite(glyph.box);
+    fragment.size = weightedSize(glyphs);
+    fragment.words = countWords(glyphs);
+    fragment.glyphs = std::move(glyphs);
+    return fragment;
+}
+
+bool fragmentIsNumber(const Fragment& fragment, int& value)
+{
+    if (fragment.glyphs.empty() || fragment.glyphs.size() > 3)
+        return false;
+    value = 0;
+    for (const Glyph& glyph : fragment.glyphs) {
+        if (glyph.c < '0' || glyph.c > '9')
+            return false;
+        value = value * 10 + static_cast<int>(glyph.c - '0');
+    }
+    return value >= 1 && value <= 99;
+}
+
+bool isBold(const Block& block, const std::vector<FontFace>* fonts)
+{
+    if (!fonts)
+        return false;
+    int bold = 0;
+    int total = 0;
+    for (const Glyph& glyph : block.text) {
+        if (isSpace(glyph.c))
+            continue;
+        ++total;
+        if (glyph.font >= 0 && static_cast<std::size_t>(glyph.font) < fonts->size() &&
+            ResolveFontStyle((*fonts)[static_cast<std::size_t>(glyph.font)], true).bold)
+            ++bold;
+    }
+    return total > 0 && bold == total;
+}
+
+}  // namespace
+
+std::string ToUtf8(const std::vector<Glyph>& glyphs)
+{
+    std::string out;
+    for (const Glyph& glyph : glyphs) {
+        const char32_t c = glyph.c;
+        if (c < 0x80) {
+            out.push_back(static_cast<char>(c));
+        } else if (c < 0x800) {
+            out.push_back(static_cast<char>(0xc0 | (c >> 6)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3f)));
+        } else if (c < 0x10000) {
+            out.push_back(static_cast<char>(0xe0 | (c >> 12)));
+            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3f)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3f)));
+        } else {
+            out.push_back(static_cast<char>(0xf0 | (c >> 18)));
+            out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3f)));
+            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3f)));
+            out.push_back(static_cast<char>(0x80 | (c & 0x3f)));
+        }
+    }
+    return out;
+}
+
+float DominantSize(const std::vector<TextLine>& lines)
+{
+    // Sizes rounded to half points, counted by glyph.
+    std::vector<std::pair<int, int>> counts;
+    for (const TextLine& line : lines) {
+        for (const Glyph& glyph : line.glyphs) {
+            if (isSpace(glyph.c))
+                continue;
+            const int key = static_cast<int>(std::lround(glyph.size * 2));
+            auto it = std::find_if(counts.begin(), counts.end(),
+                                   [key](const auto& entry) { return entry.first == key; });
+            if (it == counts.end())
+                counts.emplace_back(key, 1);
+            else
+                ++it->second;
+        }
+    }
+    if (counts.empty())
+        return 0;
+    const auto best =
+        std::max_element(counts.begin(), counts.end(), [](const auto& a, const auto& b) {
+            return a.second < b.second || (a.second == b.second && a.first > b.first);
+        });
+    return static_cast<float>(best->first) / 2;
+}
+
+std::vector<Fragment> SplitIntoFragments(const TextLine& line)
+{
+    std::vector<Fragment> fragments;
+    std::vector<Glyph> current;
+    const Glyph* lastInk = nullptr;
+    for (const Glyph& glyph : line.glyphs) {
+        if (glyph.c < 0x20 && glyph.c != '\t')
+            continue;
+        if (!isSpace(glyph.c)) {
+            // A gap of about a character's height or more is no word space: table cells,
+            // columns and pleading numbers start here.
+            if (lastInk && glyph.box.x0 - lastInk->box.x1 > std::max(glyph.size, lastInk->size)) {
+                Fragment fragment = makeFragment(std::move(current));
+                if (!fragment.glyphs.empty())
+                    fragments.push_back(std::move(fragment));
+                current.clear();
+            }
+            current.push_back(glyph);
+            lastInk = &glyph;
+        } else if (lastInk) {
+            current.push_back(glyph);
+        }
+    }
+    Fragment fragment = makeFragment(std::move(current));
+    if (!fragment.glyphs.empty())
+        fragments.push_back(std::move(fragment));
+    return fragments;
+}
+
+std::vector<std::pair<float, float>> FindGutters(const std::vector<Fragment>& fragments)
+{
+    std::vector<std::pair<float, float>> gutters;
+    if (fragments.size() < 6)
+        return gutters;
+    float left = fragments.front().box.x0;
+    float right = fragments.front().box.x1;
+    std::vector<float> sizes;
+    for (const Fragment& fragment : fragments) {
+        left = std::min(left, fragment.box.x0);
+        right = std::max(right, fragment.box.x1);
+        sizes.push_back(fragment.size);
+    }
+    const float width = right - left;
+    if (width < 72)
+        return gutters;
+    const float size = median(sizes, 10);
+
+    const int cells = static_cast<int>(std::ceil(width)) + 1;
+    std::vector<int> coverage(static_cast<std::size_t>(cells), 0);
+    for (const Fragment& fragment : fragments) {
+        const int from = std::clamp(static_cast<int>(fragment.box.x0 - left), 0, cells - 1);
+        const int to =
+            std::clamp(static_cast<int>(std::ceil(fragment.box.x1 - left)), 0, cells - 1);
+        for (int x = from; x <= to; ++x)
+            ++coverage[static_cast<std::size_t>(x)];
+    }
+    // A title or a footer may cross the gutter; a handful of such lines don't close it.
+    const int allowed = std::max(1, static_cast<int>(fragments.size() / 12));
+    const float minimumWidth = std::max(6.0f, size * 0.6f);
+    int x = static_cast<int>(width * 0.05f);
+    const int stop = static_cast<int>(width * 0.95f);
+    while (x < stop) {
+        if (coverage[static_cast<std::size_t>(x)] > allowed) {
+            ++x;
+            continue;
+        }
+        int end = x;
+        while (end < cells && coverage[static_cast<std::size_t>(end)] <= allowed)
+            ++end;
+        const float start = left + static_cast<float>(x);
+        const float finish = left + static_cast<float>(end);
+        x = end;
+        if (finish - start < minimumWidth || end >= stop)
+            continue;
+        // A real gutter has prose on both sides, side by side on the page.
+        std::vector<float> leftWords;
+        std::vector<float> rightWords;
+        float leftTop = 1e9f, leftBottom = -1e9f, rightTop = 1e9f, rightBottom = -1e9f;
+        for (const Fragment& fragment : fragments) {
+            if (fragment.box.x1 <= start + 1 &&
+                fragment.box.x0 >= (gutters.empty() ? left - 1 : gutters.back().second - 1)) {
+                leftWords.push_back(static_cast<float>(fragment.words));
+                leftTop = std::min(leftTop, fragment.box.y0);
+                leftBottom = std::max(leftBottom, fragment.box.y1);
+            } else if (fragment.box.x0 >= finish - 1) {
+                rightWords.push_back(static_cast<float>(fragment.words));
+                rightTop = std::min(rightTop, fragment.box.y0);
+                rightBottom = std::max(rightBottom, fragment.box.y1);
+            }
+        }
+        if (leftWords.size() < 3 || rightWords.size() < 3)
+            continue;
+        if (median(leftWords, 0) < 3 || median(rightWords, 0) < 3)
+            continue;
+        const float overlap = std::min(leftBottom, rightBottom) - std::max(leftTop, rightTop);
+        if (overlap < size * 3)
+            continue;
+        gutters.emplace_back(start, finish);
+    }
+    return gutters;
+}
+
+std::vector<std::size_t> FindPleadingNumbers(const std::vector<Fragment>& fragments)
+{
+    std::vector<std::size_t> candidates;
+    float bodyLeft = 1e9f;
+    for (std::size_t i = 0; i < fragments.size(); ++i) {
+        int value = 0;
+        if (fragmentIsNumber(fragments[i], value))
+            candidates.push_back(i);
+        else if (fragments[i].words >= 2)
+            bodyLeft = std::min(bodyLeft, fragments[i].box.x0);
+    }
+    // Numbers in the margin stand left of all prose and line up with each other.
+    std::vector<std::size_t> margin;
+    for (std::size_t i : candidates) {
+        if (fragments[i].box.x1 < bodyLeft - 2)
+            margin.push_back(i);
+    }
+    if (margin.size() < 5)
+        return {};
+    std::sort(margin.begin(), margin.end(), [&](std::size_t a, std::size_t b) {
+        return fragments[a].box.y0 < fragments[b].box.y0;
+    });
+    std::vector<float> rights;
+    for (std::size_t i : margin)
+        rights.push_back(fragments[i].box.x1);
+    const float column = median(rights, 0);
+    std::vector<std::size_t> aligned;
+    for (std::size_t i : margin) {
+        if (std::fabs(fragments[i].box.x1 - column) < 12)
+            aligned.push_back(i);
+    }
+    int rising = 0;
+    for (std::size_t k = 1; k < aligned.size(); ++k) {
+        int previous = 0;
+        int value = 0;
+        fragmentIsNumber(fragments[aligned[k - 1]], previous);
+        fragmentIsNumber(fragments[aligned[k]], value);
+        if (value > previous)
+            ++rising;
+    }
+    if (aligned.size() < 5 || rising * 5 < static_cast<int>(aligned.size() - 1) * 4)
+        return {};
+    return aligned;
+}
+
+std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
+{
+    std::sort(fragments.begin(), fragments.end(), [](const Fragment& a, const Fragment& b) {
+        return a.box.centreY() < b.box.centreY() ||
+               (a.box.centreY() == b.box.centreY() && a.box.x0 < b.box.x0);
+    });
+    std::vector<std::vector<Fragment>> groups;
+    std::vector<Rect> groupBoxes;
+    for (Fragment& fragment : fragments) {
+        int target = -1;
+        if (mergeText) {
+            // Only the last few lines can still share a baseline with this fragment.
+            const int first = std::max(0, static_cast<int>(groups.size()) - 4);
+            for (int g = static_cast<int>(groups.size()) - 1; g >= first; --g) {
+                const Rect& box = groupBoxes[static_cast<std::size_t>(g)];
+                const float overlap =
+                    std::min(box.y1, fragment.box.y1) - std::max(box.y0, fragment.box.y0);
+                const float smaller = std::min(box.height(), fragment.box.height());
+                if (smaller <= 0 || overlap < smaller * 0.5f)
+                    continue;
+                bool collides = false;
+                for (const Fragment& other : groups[static_cast<std::size_t>(g)]) {
+                    const float shared = std::min(other.box.x1, fragment.box.x1) -
+                                         std::max(other.box.x0, fragment.box.x0);
+                    if (shared > 1)
+                        collides = true;
+                }
+                if (!collides) {
+                    target = g;
+                    break;
+                }
+            }
+        }
+        if (target < 0) {
+            groups.emplace_back();
+            groupBoxes.push_back(fragment.box);
+            target = static_cast<int>(groups.size()) - 1;
+        }
+        groupBoxes[static_cast<std::size_t>(target)].unite(fragment.box);
+        groups[static_cast<std::size_t>(target)].push_back(std::move(fragment));
+    }
+
+    std::vector<Line> lines;
+    for (auto& group : groups) {
+        std::sort(group.begin(), group.end(),
+                  [](const Fragment& a, const Fragment& b) { return a.box.x0 < b.box.x0; });
+        Line line;
+        for (std::size_t i = 0; i < group.size(); ++i) {
+            if (i > 0) {
+                line.glyphs.push_back(
+                    synthetic(group[i].glyphs.front(), '\t', group[i - 1].box.x1, group[i].box.x0));
+                line.tabStops.push_back(group[i].box.x0);
+            }
+            line.glyphs.insert(line.glyphs.end(), group[i].glyphs.begin(), group[i].glyphs.end());
+            line.box.unite(group[i].box);
+        }
+        line.size = weightedSize(line.glyphs);
+        lines.push_back(std::move(line));
+    }
+    std::sort(lines.begin(), lines.end(),
+              [](const Line& a, const Line& b) { return a.box.y1 < b.box.y1; });
+    return lines;
+}
+
+std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, float bodySize)
+{
+    std::vector<Block> blocks;
+    if (lines.empty())
+        return blocks;
+    std::vector<float> steps;
+    float left = lines.front().box.x0;
+    float right = lines.front().box.x1;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        left = std::min(left, lines[i].box.x0);
+        right = std::max(right, lines[i].box.x1);
+        if (i > 0) {
+            const float step = lines[i].box.y1 - lines[i - 1].box.y1;
+            if (step > 0 && step < lines[i].size * 3)
+                steps.push_back(step);
+        }
+    }
+    const float pitch = median(steps, lines.front().size * 1.3f);
+
+    const auto startBlock = [&blocks](const Line& line) {
+        Block block;
+        block.text = line.glyphs;
+        block.tabStops = line.tabStops;
+        block.lines.push_back(line);
+        block.box = line.box;
+        blocks.push_back(std::move(block));
+    };
+
+    for (const Line& line : lines) {
+        if (blocks.empty() || !merge) {
+            startBlock(line);
+            continue;
+        }
+        Block& block = blocks.back();
+        const Line& previous = block.lines.back();
+        const float size = std::max(previous.size, line.size);
+        const float step = line.box.y1 - previous.box.y1;
+        const bool endsWithHyphen = !previous.glyphs.empty() && (previous.glyphs.back().c == '-' ||
+                                                                 previous.glyphs.back().c == 0xad);
+        const bool shortLine = previous.box.x1 < right - std::max((right - left) * 0.12f, size * 3);
+        bool joins = previous.tabStops.empty() && line.tabStops.empty() &&
+                     std::fabs(previous.size - line.size) <= size * 0.15f && step > 0 &&
+                     step <= pitch * 1.35f + 0.5f && step <= size * 3 &&
+                     (!shortLine || endsWithHyphen);
+        if (joins) {
+            const float indentBase =
+                block.lines.size() >= 2 ? block.lines[1].box.x0 : previous.box.x0;
+            if (line.box.x0 > indentBase + size * 0.8f)
+                joins = false;
+            if (block.lines.size() >= 2 && line.box.x0 < indentBase - size * 0.8f)
+                joins = false;
+        }
+        if (!joins) {
+            startBlock(line);
+            continue;
+        }
+        const bool undoHyphen = endsWithHyphen && block.text.size() >= 2 &&
+                                isLetter(block.text[block.text.size() - 2].c) &&
+                                !line.glyphs.empty() && isLowerLetter(line.glyphs.front().c);
+        if (undoHyphen) {
+            block.text.pop_back();
+        } else if (!block.text.empty() && !isSpace(block.text.back().c)) {
+            block.text.push_back(synthetic(block.text.back(), ' ', block.text.back().box.x1,
+                                           block.text.back().box.x1));
+        }
+        block.text.insert(block.text.end(), line.glyphs.begin(), line.glyphs.end());
+        block.lines.push_back(line);
+        block.box.unite(line.box);
+    }
+
+    for (Block& block : blocks) {
+        block.size = weightedSize(block.text);
+        if (block.lines.size() >= 2) {
+            block.lineGap = (block.lines.back().box.y1 - block.lines.front().box.y1) /
+                            static_cast<float>(block.lines.size() - 1);
+        }
+        const int words = countWords(block.text);
+        if (bodySize > 0 && block.lines.size() <= 3 && words <= 20 && words > 0) {
+            if (block.size >= bodySize * 1.35f)
+                block.kind = BlockKind::Heading1;
+            else if (block.size >= bodySize * 1.15f)
+                block.kind = BlockKind::Heading2;
+        }
+    }
+    return blocks;
+}
+
+namespace {
+
+struct Region
+{
+    std::vector<Fragment> fragments;
+    std::vector<int> pictures;
+    int column = 0;
+};
+
+// Cuts the page into regions read one after the other: runs of side-by-side columns, read
+// column by column, separated by whatever crosses a gutter.
+std::vector<Region> cutRegions(std::vector<Fragment> fragments,
+                               const std::vector<Picture>& pictures,
+                               const std::vector<std::pair<float, float>>& gutters)
+{
+    std::vector<Region> regions;
+    if (gutters.empty()) {
+        Region all;
+        all.fragments = std::move(fragments);
+        for (std::size_t i = 0; i < pictures.size(); ++i)
+            all.pictures.push_back(static_cast<int>(i));
+        regions.push_back(std::move(all));
+        return regions;
+    }
+    struct Item
+    {
+        Rect box;
+        int fragment = -1;
+        int picture = -1;
+    };
+    std::vector<Item> items;
+    for (std::size_t i = 0; i < fragments.size(); ++i)
+        items.push_back(Item{fragments[i].box, static_cast<int>(i), -1});
+    for (std::size_t i = 0; i < pictures.size(); ++i)
+        items.push_back(Item{pictures[i].box, -1, static_cast<int>(i)});
+    std::stable_sort(items.begin(), items.end(),
+                     [](const Item& a, const Item& b) { return a.box.y0 < b.box.y0; });
+
+    const std::size_t columns = gutters.size() + 1;
+    std::vector<Region> band(columns);
+    Region spanning;
+    spanning.column = -1;
+    const auto flushBand = [&]() {
+        for (std::size_t c = 0; c < columns; ++c) {
+            if (!band[c].fragments.empty() || !band[c].pictures.empty()) {
+                band[c].column = static_cast<int>(c);
+                regions.push_back(std::move(band[c]));
+            }
+            band[c] = Region{};
+        }
+    };
+    const auto flushSpanning = [&]() {
+        if (!spanning.fragments.empty() || !spanning.pictures.empty())
+            regions.push_back(std::move(spanning));
+        spanning = Region{};
+        spanning.column = -1;
+    };
+    for (const Item& item : items) {
+        bool crosses = false;
+        for (const auto& gutter : gutters) {
+            if (item.box.x0 < gutter.first - 1 && item.box.x1 > gutter.second + 1)
+                crosses = true;
+        }
+        Region* target = nullptr;
+        if (crosses) {
+            flushBand();
+            target = &spanning;
+        } else {
+            flushSpanning();
+            std::size_t column = 0;
+            while (column < gutters.size() && item.box.centreX() > gutters[column].second)
+                ++column;
+            target = &band[column];
+        }
+        if (item.fragment >= 0)
+            target->fragments.push_back(
+                std::move(fragments[static_cast<std::size_t>(item.fragment)]));
+        else
+            target->pictures.push_back(item.picture);
+    }
+    flushBand();
+    flushSpanning();
+    return regions;
+}
+
+}  // namespace
+
+std::vector<Line> PageLines(const PageContent& page)
+{
+    std::vector<Fragment> fragments;
+    for (const TextLine& line : page.lines) {
+        if (line.vertical || std::fabs(line.dirY) > 0.05f || line.dirX < 0)
+            continue;
+        for (Fragment& fragment : SplitIntoFragments(line))
+            fragments.push_back(std::move(fragment));
+    }
+    return BuildLines(std::move(fragments), true);
+}
+
+PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
+                      const std::vector<FontFace>* fonts)
+{
+    PageLayout layout;
+    std::vector<Fragment> fragments;
+    std::vector<Block> rotated;
+    for (const TextLine& line : page.lines) {
+        const bool turned = line.vertical || std::fabs(line.dirY) > 0.05f || line.dirX < 0;
+        if (turned && options.rotatedAsShapes) {
+            Fragment whole = makeFragment(line.glyphs);
+            if (whole.glyphs.empty())
+                continue;
+            Block block;
+            block.kind = BlockKind::Rotated;
+            block.text = std::move(whole.glyphs);
+            block.box = line.box;
+            block.size = whole.size;
+            block.angle =
+                static_cast<float>(-std::atan2(line.dirY, line.dirX) * 180 / std::numbers::pi);
+            rotated.push_back(std::move(block));
+            continue;
+        }
+        if (turned) {
+            Fragment whole = makeFragment(line.glyphs);
+            if (!whole.glyphs.empty()) {
+                whole.box = line.box;
+                fragments.push_back(std::move(whole));
+            }
+            continue;
+        }
+        for (Fragment& fragment : SplitIntoFragments(line))
+            fragments.push_back(std::move(fragment));
+    }
+    for (const Fragment& fragment : fragments)
+        layout.contentBox.unite(fragment.box);
+    for (const Picture& picture : page.pictures)
+        layout.contentBox.unite(picture.box);
+
+    if (options.runningHeads && !options.runningHeads->empty()) {
+        const std::vector<Line> all = BuildLines(fragments, true);
+        std::vector<Rect> taken;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (options.runningHeads->isHeader(all, i)) {
+                layout.header.push_back(all[i]);
+                taken.push_back(all[i].box);
+            } else if (options.runningHeads->isFooter(all, i)) {
+                layout.footer.push_back(all[i]);
+                taken.push_back(all[i].box);
+            }
+        }
+        std::erase_if(fragments, [&taken](const Fragment& fragment) {
+            return std::any_of(taken.begin(), taken.end(), [&fragment](const Rect& box) {
+                return box.contains(fragment.box.centreX(), fragment.box.centreY());
+            });
+        });
+    }
+
+    layout.bodySize = options.bodySize > 0 ? options.bodySize : DominantSize(page.lines);
+
+    if (options.documentType == 3) {
+        std::vector<std::size_t> numbers = FindPleadingNumbers(fragments);
+        std::sort(numbers.rbegin(), numbers.rend());
+        std::vector<Fragment> removed;
+        for (std::size_t i : numbers) {
+            removed.push_back(std::move(fragments[i]));
+            fragments.erase(fragments.begin() + static_cast<std::ptrdiff_t>(i));
+        }
+        layout.pleadingNumbers = BuildLines(std::move(removed), false);
+    }
+
+    std::vector<std::pair<float, float>> gutters;
+    if (options.documentType == 2)
+        gutters = FindGutters(fragments);
+    layout.columns = static_cast<int>(gutters.size()) + 1;
+
+    std::vector<float> steps;
+    for (Region& region : cutRegions(std::move(fragments), page.pictures, gutters)) {
+        std::vector<Line> lines = BuildLines(std::move(region.fragments), options.mergeText);
+        for (std::size_t i = 1; i < lines.size(); ++i) {
+            const float step = lines[i].box.y1 - lines[i - 1].box.y1;
+            if (step > 0 && step < lines[i].size * 3)
+                steps.push_back(step / std::max(lines[i].size, 1.0f));
+        }
+        std::vector<Block> blocks =
+            BuildParagraphs(lines, options.mergeParagraphs, layout.bodySize);
+        for (Block& block : blocks) {
+            if (block.kind == BlockKind::Paragraph && isBold(block, fonts) &&
+                block.size >= layout.bodySize * 0.95f && countWords(block.text) <= 12 &&
+                block.lines.size() == 1 && block.text.back().c != '.')
+                block.kind = BlockKind::Heading2;
+        }
+        for (int index : region.pictures) {
+            Block picture;
+            picture.kind = BlockKind::Picture;
+            picture.picture = index;
+            picture.box = page.pictures[static_cast<std::size_t>(index)].box;
+            const auto at = std::find_if(blocks.begin(), blocks.end(), [&picture](const Block& b) {
+                return b.box.centreY() > picture.box.centreY();
+            });
+            blocks.insert(at, std::move(picture));
+        }
+        for (Block& block : blocks) {
+            block.column = region.column;
+            layout.blocks.push_back(std::move(block));
+        }
+    }
+    // Rotated text goes where its top stands among the blocks.
+    for (Block& block : rotated) {
+        const auto at =
+            std::find_if(layout.blocks.begin(), layout.blocks.end(), [&block](const Block& b) {
+                return b.kind != BlockKind::Rotated && b.box.y0 > block.box.y0 && b.column <= 0;
+            });
+        layout.blocks.insert(at, std::move(block));
+    }
+    layout.doubleSpaced = options.documentType == 3 && median(steps, 1.2f) >= 1.7f;
+    return layout;
+}
+
+}  // namespace velmora

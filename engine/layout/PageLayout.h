@@ -1,0 +1,101 @@
+#pragma once
+
+// Reading a page: glyphs grouped into fragments, lines, columns and paragraphs, pleading
+// line numbers set aside, rotated text and pictures placed among the text in reading order.
+
+#include "model/PageModel.h"
+
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+class RunningHeads;
+
+struct LayoutOptions final
+{
+    int documentType = 2;  // 1 single column, 2 multi-column, 3 legal pleading
+    bool mergeParagraphs = true;
+    bool mergeText = true;                       // fragments on one baseline form one line
+    bool rotatedAsShapes = false;                // rotated text kept apart as its own block
+    float bodySize = 0;                          // the document's body text size; 0: the page's own
+    const RunningHeads* runningHeads = nullptr;  // lines to move to the header and footer
+};
+
+// A run of glyphs on one baseline with no wide gap inside.
+struct Fragment final
+{
+    std::vector<Glyph> glyphs;
+    Rect box;
+    float size = 0;
+    int words = 0;
+};
+
+// A visual line: fragments left to right, joined by '\t' glyphs; tabStops holds, for each
+// '\t', the x (points, page coordinates) of the fragment that follows it.
+struct Line final
+{
+    std::vector<Glyph> glyphs;
+    std::vector<float> tabStops;
+    Rect box;
+    float size = 0;
+};
+
+enum class BlockKind { Paragraph, Heading1, Heading2, Picture, Rotated };
+
+struct Block final
+{
+    BlockKind kind = BlockKind::Paragraph;
+    // The paragraph's text: its lines joined by ' ' (or with a line-end hyphen undone) when
+    // merged, or one line.
+    std::vector<Glyph> text;
+    std::vector<float> tabStops;
+    std::vector<Line> lines;  // the lines it was made of, for their geometry
+    Rect box;
+    float size = 0;
+    float lineGap = 0;  // baseline-to-baseline distance of its lines; 0 for a single line
+    int picture = -1;   // index into the page's pictures
+    float angle = 0;    // degrees, counter-clockwise, for rotated text
+    int column = 0;     // region of the page it came from, for exact placement
+};
+
+struct PageLayout final
+{
+    std::vector<Block> blocks;  // reading order
+    std::vector<Line> pleadingNumbers;
+    std::vector<Line> header;
+    std::vector<Line> footer;
+    Rect contentBox;
+    float bodySize = 0;
+    bool doubleSpaced = false;
+    int columns = 1;  // most columns found side by side
+};
+
+// Glyphs of one MuPDF line cut at gaps wider than a word space would be.
+std::vector<Fragment> SplitIntoFragments(const TextLine& line);
+
+// x ranges [start, end] between text columns, left to right; empty for single-column text.
+std::vector<std::pair<float, float>> FindGutters(const std::vector<Fragment>& fragments);
+
+// Pleading line numbers: small integers stacked down the left margin. Returns their indices.
+std::vector<std::size_t> FindPleadingNumbers(const std::vector<Fragment>& fragments);
+
+// Fragments on one baseline as lines, top to bottom.
+std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText);
+
+// Consecutive lines that belong together as paragraphs.
+std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, float bodySize);
+
+// The size most of the page's text has, weighted by glyph count.
+float DominantSize(const std::vector<TextLine>& lines);
+
+PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
+                      const std::vector<FontFace>* fonts = nullptr);
+
+// The page's horizontal text as lines across the whole page, top to bottom.
+std::vector<Line> PageLines(const PageContent& page);
+
+// The text of glyphs as UTF-8, for tests and header detection.
+std::string ToUtf8(const std::vector<Glyph>& glyphs);
+
+}  // namespace velmora

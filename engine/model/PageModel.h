@@ -1,0 +1,104 @@
+#pragma once
+
+// What the engine knows of one PDF page once MuPDF has read it: glyphs with their boxes and
+// styles, pictures already encoded for the document, and the page's web links. Everything
+// after extraction works on these plain values, so layout and writing never touch MuPDF.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+struct Rect final
+{
+    float x0 = 0;
+    float y0 = 0;
+    float x1 = 0;
+    float y1 = 0;
+
+    float width() const { return x1 - x0; }
+    float height() const { return y1 - y0; }
+    float centreX() const { return (x0 + x1) / 2; }
+    float centreY() const { return (y0 + y1) / 2; }
+    bool empty() const { return x1 <= x0 || y1 <= y0; }
+    bool contains(float x, float y) const { return x >= x0 && x <= x1 && y >= y0 && y <= y1; }
+    void unite(const Rect& other)
+    {
+        if (empty()) {
+            *this = other;
+            return;
+        }
+        if (other.empty())
+            return;
+        x0 = std::min(x0, other.x0);
+        y0 = std::min(y0, other.y0);
+        x1 = std::max(x1, other.x1);
+        y1 = std::max(y1, other.y1);
+    }
+};
+
+// A font as the PDF names it, with what its descriptor says about its face.
+struct FontFace final
+{
+    std::string name;
+    bool bold = false;
+    bool italic = false;
+    bool monospaced = false;
+    bool serif = false;
+
+    bool operator==(const FontFace&) const = default;
+};
+
+// One character with its place. `c` is a Unicode scalar; the layout adds synthetic ' ' and
+// '\t' glyphs between words and columns.
+struct Glyph final
+{
+    char32_t c = 0;
+    Rect box;
+    float size = 0;
+    int font = 0;         // index into the document's font list
+    uint32_t colour = 0;  // 0xRRGGBB
+    int link = -1;        // index into the page's links, -1 when not part of a link
+};
+
+// A run of glyphs along one baseline, as MuPDF found it.
+struct TextLine final
+{
+    std::vector<Glyph> glyphs;
+    Rect box;
+    float dirX = 1;  // baseline direction; (1, 0) for ordinary horizontal text
+    float dirY = 0;
+    bool vertical = false;
+};
+
+enum class PictureKind { Jpeg, Dib };
+
+// A picture ready for the document: JPEG bytes, or a device-independent bitmap (info header
+// followed by bottom-up rows).
+struct Picture final
+{
+    PictureKind kind = PictureKind::Jpeg;
+    std::vector<uint8_t> data;
+    int pixelWidth = 0;
+    int pixelHeight = 0;
+    Rect box;  // where it shows on the page, in points
+};
+
+struct Link final
+{
+    Rect box;
+    std::string uri;
+};
+
+struct PageContent final
+{
+    float width = 612;
+    float height = 792;
+    std::vector<TextLine> lines;
+    std::vector<Picture> pictures;
+    std::vector<Link> links;
+};
+
+}  // namespace velmora

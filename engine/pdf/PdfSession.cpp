@@ -1,0 +1,429 @@
+#include "pdf/PdfSession.h"
+
+#include "pdf/ImageCodec.h"
+
+extern "C" {
+#include <mupdf/fitz.h>
+#include <mupdf/pdf.h>
+}
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace velmora {
+
+namespace {
+
+// Every MuPDF allocation carries its size in front, so the total can be held under a ceiling:
+// a decompression bomb or an absurd image then fails as an ordinary MuPDF error.
+struct MemoryBudget
+{
+    std::size_t limit = 0;
+    std::size_t used = 0;
+    std::size_t peak = 0;
+};
+
+constexpr std::size_t BlockHeader = 16;
+
+void* budgetMalloc(void* opaque, std::size_t size)
+{
+    auto* budget = static_cast<MemoryBudget*>(opaque);
+    if (size > budget->limit - budget->used)
+        return nullptr;
+    auto* block = static_cast<unsigned char*>(std::malloc(size + BlockHeader));
+    if (!block)
+        return nullptr;
+    std::memcpy(block, &size, sizeof size);
+    budget->used += size;
+    budget->peak = std::max(budget->peak, budget->used);
+    return block + BlockHeader;
+}
+
+void budgetFree(void* opaque, void* pointer)
+{
+    if (!pointer)
+        return;
+    auto* budget = static_cast<MemoryBudget*>(opaque);
+    auto* block = static_cast<unsigned char*>(pointer) - BlockHeader;
+    std::size_t size = 0;
+    std::memcpy(&size, block, sizeof size);
+    budget->used -= size;
+    std::free(block);
+}
+
+void* budgetRealloc(void* opaque, void* pointer, std::size_t size)
+{
+    if (!pointer)
+        return budgetMalloc(opaque, size);
+    if (size == 0) {
+        budgetFree(opaque, pointer);
+        return nullptr;
+    }
+    auto* budget = static_cast<MemoryBudget*>(opaque);
+    auto* block = static_cast<unsigned char*>(pointer) - BlockHeader;
+    std::size_t oldSize = 0;
+    std::memcpy(&oldSize, block, sizeof oldSize);
+    if (size > oldSize && size - oldSize > budget->limit - budget->used)
+        return nullptr;
+    auto* grown = static_cast<unsigned char*>(std::realloc(block, size + BlockHeader));
+    if (!grown)
+        return nullptr;
+    std::memcpy(grown, &size, sizeof size);
+    budget->used = budget->used - oldSize + size;
+    budget->peak = std::max(budget->peak, budget->used);
+    return grown + BlockHeader;
+}
+
+// MuPDF prints warnings and errors to stderr by default; the engine reports one line itself.
+void quietCallback(void*, const char*)
+{
+}
+
+Rect toRect(const fz_rect& r)
+{
+    return Rect{r.x0, r.y0, r.x1, r.y1};
+}
+
+bool isWebLink(const char* uri)
+{
+    if (!uri)
+        return false;
+    for (const char* scheme : {"http://", "https://", "mailto:", "ftp://"}) {
+        if (strncasecmp(uri, scheme, std::strlen(scheme)) == 0)
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+int FontTable::indexOf(const FontFace& face)
+{
+    for (std::size_t i = 0; i < m_faces.size(); ++i) {
+        if (m_faces[i] == face)
+            return static_cast<int>(i);
+    }
+    m_faces.push_back(face);
+    return static_cast<int>(m_faces.size() - 1);
+}
+
+struct PdfSession::Impl
+{
+    MemoryBudget budget;
+    fz_alloc_context alloc{};
+    fz_context* ctx = nullptr;
+    pdf_document* doc = nullptr;
+
+    ~Impl()
+    {
+        if (ctx) {
+            pdf_drop_document(ctx, doc);
+            fz_drop_context(ctx);
+        }
+    }
+};
+
+PdfSession::PdfSession(std::size_t memoryLimit) : m_impl(std::make_unique<Impl>())
+{
+    m_impl->budget.limit = memoryLimit;
+    m_impl->alloc = fz_alloc_context{&m_impl->budget, budgetMalloc, budgetRealloc, budgetFree};
+    // A small store keeps resident memory low on long documents; pages are read one at a time.
+    m_impl->ctx = fz_new_context(&m_impl->alloc, nullptr, std::size_t{64} << 20);
+    if (!m_impl->ctx)
+        throw PdfError("cannot start the PDF reader");
+    fz_set_warning_callback(m_impl->ctx, quietCallback, nullptr);
+    fz_set_error_callback(m_impl->ctx, quietCallback, nullptr);
+}
+
+PdfSession::~PdfSession() = default;
+
+std::size_t PdfSession::peakMemory() const
+{
+    return m_impl->budget.peak;
+}
+
+OpenStatus PdfSession::open(const std::string& path, const std::vector<std::string>& passwords)
+{
+    fz_context* ctx = m_impl->ctx;
+    pdf_document* doc = nullptr;
+    fz_try(ctx)
+    {
+        doc = pdf_open_document(ctx, path.c_str());
+    }
+    fz_catch(ctx)
+    {
+        m_lastError = fz_caught_message(ctx);
+        return OpenStatus::Failed;
+    }
+    pdf_drop_document(ctx, m_impl->doc);
+    m_impl->doc = doc;
+    if (!pdf_needs_password(ctx, doc))
+        return OpenStatus::Opened;
+    for (const std::string& password : passwords) {
+        if (pdf_authenticate_password(ctx, doc, password.c_str()))
+            return OpenStatus::Opened;
+    }
+    m_lastError = "the PDF needs a password";
+    return OpenStatus::NeedsPassword;
+}
+
+OpenStatus PdfSession::openMemory(const uint8_t* data, std::size_t size,
+                                  const std::vector<std::string>& passwords)
+{
+    fz_context* ctx = m_impl->ctx;
+    pdf_document* doc = nullptr;
+    fz_stream* stream = nullptr;
+    fz_var(stream);
+    fz_try(ctx)
+    {
+        stream = fz_open_memory(ctx, data, size);
+        doc = pdf_open_document_with_stream(ctx, stream);
+    }
+    fz_always(ctx)
+    {
+        fz_drop_stream(ctx, stream);
+    }
+    fz_catch(ctx)
+    {
+        m_lastError = fz_caught_message(ctx);
+        return OpenStatus::Failed;
+    }
+    pdf_drop_document(ctx, m_impl->doc);
+    m_impl->doc = doc;
+    if (!pdf_needs_password(ctx, doc))
+        return OpenStatus::Opened;
+    for (const std::string& password : passwords) {
+        if (pdf_authenticate_password(ctx, doc, password.c_str()))
+            return OpenStatus::Opened;
+    }
+    m_lastError = "the PDF needs a password";
+    return OpenStatus::NeedsPassword;
+}
+
+int PdfSession::pageCount()
+{
+    fz_context* ctx = m_impl->ctx;
+    if (!m_impl->doc)
+        throw PdfError("no document is open");
+    int count = 0;
+    bool failed = false;
+    fz_try(ctx)
+    {
+        count = pdf_count_pages(ctx, m_impl->doc);
+    }
+    fz_catch(ctx)
+    {
+        failed = true;
+    }
+    if (failed)
+        throw PdfError(fz_caught_message(ctx));
+    return count;
+}
+
+namespace {
+
+// Decodes one picture at no more than the resolution it needs and encodes it for the
+// document. MuPDF errors (a damaged stream, the memory ceiling) drop this one picture only.
+bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
+                   const PictureOptions& options, Picture& out)
+{
+    const fz_rect box = fz_transform_rect(fz_unit_rect, transform);
+    const float widthPt = box.x1 - box.x0;
+    const float heightPt = box.y1 - box.y0;
+    if (!(widthPt > 0.5f) || !(heightPt > 0.5f))
+        return false;
+    const float scale = static_cast<float>(options.maxDpi) / 72.0f;
+    fz_matrix wanted = fz_scale(widthPt * scale, heightPt * scale);
+    fz_pixmap* source = nullptr;
+    fz_pixmap* rgb = nullptr;
+    fz_var(source);
+    fz_var(rgb);
+    bool failed = false;
+    fz_try(ctx)
+    {
+        int w = 0;
+        int h = 0;
+        source = fz_get_pixmap_from_image(ctx, image, nullptr, &wanted, &w, &h);
+        if (source->n - source->alpha == 3 && !source->alpha &&
+            fz_colorspace_is_rgb(ctx, source->colorspace)) {
+            rgb = fz_keep_pixmap(ctx, source);
+        } else if (source->colorspace) {
+            rgb = fz_convert_pixmap(ctx, source, fz_device_rgb(ctx), nullptr, nullptr,
+                                    fz_default_color_params, 0);
+        } else {
+            // An alpha-only mask: show it as black on white.
+            rgb = fz_new_pixmap(ctx, fz_device_rgb(ctx), source->w, source->h, nullptr, 0);
+            for (int y = 0; y < source->h; ++y) {
+                const unsigned char* s =
+                    source->samples + static_cast<std::ptrdiff_t>(y) * source->stride;
+                unsigned char* d = rgb->samples + static_cast<std::ptrdiff_t>(y) * rgb->stride;
+                for (int x = 0; x < source->w; ++x) {
+                    const unsigned char v = static_cast<unsigned char>(255 - s[x * source->n]);
+                    d[3 * x] = d[3 * x + 1] = d[3 * x + 2] = v;
+                }
+            }
+        }
+    }
+    fz_always(ctx)
+    {
+        fz_drop_pixmap(ctx, source);
+    }
+    fz_catch(ctx)
+    {
+        failed = true;
+    }
+    if (failed)
+        return false;
+    // A pixmap converted with alpha dropped has three components per pixel.
+    const int width = rgb->w;
+    const int height = rgb->h;
+    bool ok = true;
+    if (rgb->n != 3) {
+        ok = false;
+    } else if (options.jpeg) {
+        auto jpeg = EncodeJpeg(rgb->samples, width, height, static_cast<int>(rgb->stride),
+                               options.jpegQuality);
+        if (jpeg) {
+            out.kind = PictureKind::Jpeg;
+            out.data = std::move(*jpeg);
+        } else {
+            ok = false;
+        }
+    } else {
+        out.kind = PictureKind::Dib;
+        out.data = EncodeDib(rgb->samples, width, height, static_cast<int>(rgb->stride));
+    }
+    fz_drop_pixmap(ctx, rgb);
+    out.pixelWidth = width;
+    out.pixelHeight = height;
+    out.box = toRect(box);
+    return ok;
+}
+
+}  // namespace
+
+PageContent PdfSession::readPage(int index, const PictureOptions& pictures, FontTable& fonts)
+{
+    fz_context* ctx = m_impl->ctx;
+    if (!m_impl->doc)
+        throw PdfError("no document is open");
+    fz_page* page = nullptr;
+    fz_stext_page* text = nullptr;
+    fz_link* links = nullptr;
+    fz_rect bounds = fz_empty_rect;
+    fz_var(page);
+    fz_var(text);
+    fz_var(links);
+    bool failed = false;
+    fz_try(ctx)
+    {
+        page = fz_load_page(ctx, &m_impl->doc->super, index);
+        bounds = fz_bound_page(ctx, page);
+        fz_stext_options options{};
+        options.flags = FZ_STEXT_MEDIABOX_CLIP | (pictures.extract ? FZ_STEXT_PRESERVE_IMAGES : 0);
+        text = fz_new_stext_page_from_page(ctx, page, &options);
+        links = fz_load_links(ctx, page);
+    }
+    fz_catch(ctx)
+    {
+        failed = true;
+    }
+    if (failed) {
+        const std::string message = fz_caught_message(ctx);
+        fz_drop_link(ctx, links);
+        fz_drop_stext_page(ctx, text);
+        fz_drop_page(ctx, page);
+        throw PdfError(message);
+    }
+
+    PageContent content;
+    content.width = bounds.x1 - bounds.x0;
+    content.height = bounds.y1 - bounds.y0;
+    // Positions are kept relative to the page's top-left corner.
+    const float dx = -bounds.x0;
+    const float dy = -bounds.y0;
+    const auto shift = [dx, dy](Rect r) {
+        return Rect{r.x0 + dx, r.y0 + dy, r.x1 + dx, r.y1 + dy};
+    };
+
+    for (fz_link* link = links; link; link = link->next) {
+        if (isWebLink(link->uri))
+            content.links.push_back(Link{shift(toRect(link->rect)), link->uri});
+    }
+
+    fz_font* lastFont = nullptr;
+    int lastFontIndex = 0;
+    for (fz_stext_block* block = text->first_block; block; block = block->next) {
+        if (block->type == FZ_STEXT_BLOCK_IMAGE) {
+            Picture picture;
+            if (encodePicture(ctx, block->u.i.image, block->u.i.transform, pictures, picture)) {
+                picture.box = shift(picture.box);
+                content.pictures.push_back(std::move(picture));
+            }
+            continue;
+        }
+        if (block->type != FZ_STEXT_BLOCK_TEXT)
+            continue;
+        for (fz_stext_line* line = block->u.t.first_line; line; line = line->next) {
+            TextLine out;
+            out.dirX = line->dir.x;
+            out.dirY = line->dir.y;
+            out.vertical = line->wmode != 0;
+            out.box = shift(toRect(line->bbox));
+            for (fz_stext_char* ch = line->first_char; ch; ch = ch->next) {
+                Glyph glyph;
+                glyph.c = static_cast<char32_t>(ch->c);
+                glyph.box = shift(toRect(fz_rect_from_quad(ch->quad)));
+                glyph.size = ch->size;
+                glyph.colour = static_cast<uint32_t>(ch->color) & 0xffffff;
+                if (ch->font != lastFont) {
+                    FontFace face;
+                    face.name = fz_font_name(ctx, ch->font);
+                    face.bold = fz_font_is_bold(ctx, ch->font) != 0;
+                    face.italic = fz_font_is_italic(ctx, ch->font) != 0;
+                    face.monospaced = fz_font_is_monospaced(ctx, ch->font) != 0;
+                    face.serif = fz_font_is_serif(ctx, ch->font) != 0;
+                    lastFont = ch->font;
+                    lastFontIndex = fonts.indexOf(face);
+                }
+                glyph.font = lastFontIndex;
+                out.glyphs.push_back(glyph);
+            }
+            if (!out.glyphs.empty())
+                content.lines.push_back(std::move(out));
+        }
+    }
+    fz_drop_link(ctx, links);
+    fz_drop_stext_page(ctx, text);
+    fz_drop_page(ctx, page);
+    return content;
+}
+
+std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)
+{
+    fz_context* ctx = m_impl->ctx;
+    if (!m_impl->doc)
+        throw PdfError("no document is open");
+    fz_pixmap* pixmap = nullptr;
+    fz_var(pixmap);
+    bool failed = false;
+    const float zoom = static_cast<float>(dpi) / 72.0f;
+    fz_try(ctx)
+    {
+        pixmap = fz_new_pixmap_from_page_number(ctx, &m_impl->doc->super, index,
+                                                fz_scale(zoom, zoom), fz_device_rgb(ctx), 0);
+    }
+    fz_catch(ctx)
+    {
+        failed = true;
+    }
+    if (failed)
+        throw PdfError(fz_caught_message(ctx));
+    std::vector<uint8_t> bmp =
+        EncodeBmpFile(pixmap->samples, pixmap->w, pixmap->h, static_cast<int>(pixmap->stride));
+    fz_drop_pixmap(ctx, pixmap);
+    return bmp;
+}
+
+}  // namespace velmora

@@ -1,0 +1,77 @@
+#pragma once
+
+// The engine's one door to MuPDF: a context with a memory ceiling, one open PDF, and the
+// operations the engine and the page-count library need. MuPDF errors come out as PdfError;
+// nothing here ever runs a document's scripts or actions.
+
+#include "model/PageModel.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+class PdfError final : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+enum class OpenStatus { Opened, NeedsPassword, Failed };
+
+struct PictureOptions final
+{
+    bool extract = true;
+    bool jpeg = true;  // false: device-independent bitmaps
+    int jpegQuality = 85;
+    // Pictures are stored at no more than this resolution of their size on the page; larger
+    // sources are decoded subsampled, so a huge image costs no more than a fitting one.
+    int maxDpi = 300;
+};
+
+// The faces met so far in a document; pages refer to them by index.
+class FontTable final
+{
+public:
+    int indexOf(const FontFace& face);
+    const std::vector<FontFace>& faces() const { return m_faces; }
+
+private:
+    std::vector<FontFace> m_faces;
+};
+
+class PdfSession final
+{
+public:
+    static constexpr std::size_t DefaultMemoryLimit = std::size_t{1} << 30;
+
+    explicit PdfSession(std::size_t memoryLimit = DefaultMemoryLimit);
+    ~PdfSession();
+    PdfSession(const PdfSession&) = delete;
+    PdfSession& operator=(const PdfSession&) = delete;
+
+    // Opens the file and, when it is protected, tries each password in turn. On Failed,
+    // lastError() says why.
+    OpenStatus open(const std::string& path, const std::vector<std::string>& passwords);
+    OpenStatus openMemory(const uint8_t* data, std::size_t size,
+                          const std::vector<std::string>& passwords);
+
+    int pageCount();
+    PageContent readPage(int index, const PictureOptions& pictures, FontTable& fonts);
+    // The page as a 24-bit Windows bitmap file at `dpi` dots per inch.
+    std::vector<uint8_t> renderBmp(int index, int dpi);
+
+    const std::string& lastError() const { return m_lastError; }
+    std::size_t peakMemory() const;
+
+private:
+    struct Impl;
+    std::unique_ptr<Impl> m_impl;
+    std::string m_lastError;
+};
+
+}  // namespace velmora

@@ -1,0 +1,228 @@
+#include "rtf/RtfWriter.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace velmora {
+
+int CharsetFor(char32_t c)
+{
+    if ((c >= 0x3040 && c <= 0x30ff) || (c >= 0x3400 && c <= 0x9fff) ||
+        (c >= 0xff00 && c <= 0xffef) || (c >= 0x3000 && c <= 0x303f) ||
+        (c >= 0xf900 && c <= 0xfaff) || (c >= 0x20000 && c <= 0x2ffff))
+        return 128;
+    if ((c >= 0xac00 && c <= 0xd7af) || (c >= 0x1100 && c <= 0x11ff))
+        return 129;
+    if (c >= 0x0400 && c <= 0x04ff)
+        return 204;
+    if (c >= 0x0370 && c <= 0x03ff)
+        return 161;
+    if (c >= 0x0590 && c <= 0x05ff)
+        return 177;
+    if (c >= 0x0600 && c <= 0x06ff)
+        return 178;
+    if (c >= 0x0e00 && c <= 0x0e7f)
+        return 222;
+    if (c >= 0x0100 && c <= 0x017f)
+        return 238;
+    return 0;
+}
+
+long Twips(float points)
+{
+    return std::lround(points * 20.0f);
+}
+
+void AppendEscaped(std::string& out, char32_t c)
+{
+    if (c == '\\' || c == '{' || c == '}') {
+        out.push_back('\\');
+        out.push_back(static_cast<char>(c));
+    } else if (c == '\t') {
+        out += "\\tab ";
+    } else if (c == 0xa0) {
+        out += "\\~";
+    } else if (c == 0xad) {
+        out += "\\-";
+    } else if (c < 0x20) {
+        return;
+    } else if (c < 0x80) {
+        out.push_back(static_cast<char>(c));
+    } else if (c > 0x10ffff || (c >= 0xd800 && c <= 0xdfff)) {
+        out += "\\u-3?";  // U+FFFD
+    } else if (c > 0xffff) {
+        const char32_t v = c - 0x10000;
+        AppendEscaped(out, 0xd800 + (v >> 10));
+        AppendEscaped(out, 0xdc00 + (v & 0x3ff));
+    } else {
+        // \u takes a signed 16-bit number; '?' stands in for readers without Unicode.
+        out += "\\u" + std::to_string(static_cast<int16_t>(static_cast<uint16_t>(c))) + "?";
+    }
+}
+
+void AppendEscaped(std::string& out, const std::string& utf8Text)
+{
+    std::size_t i = 0;
+    while (i < utf8Text.size()) {
+        const auto byte = static_cast<unsigned char>(utf8Text[i]);
+        char32_t c = byte;
+        int extra = 0;
+        if (byte >= 0xf0) {
+            c = byte & 0x07;
+            extra = 3;
+        } else if (byte >= 0xe0) {
+            c = byte & 0x0f;
+            extra = 2;
+        } else if (byte >= 0xc0) {
+            c = byte & 0x1f;
+            extra = 1;
+        }
+        ++i;
+        for (int k = 0; k < extra && i < utf8Text.size(); ++k, ++i)
+            c = (c << 6) | (static_cast<unsigned char>(utf8Text[i]) & 0x3f);
+        AppendEscaped(out, c);
+    }
+}
+
+int RtfTables::font(const std::string& family, int charset)
+{
+    for (std::size_t i = 0; i < m_fonts.size(); ++i) {
+        if (m_fonts[i].family == family && m_fonts[i].charset == charset)
+            return static_cast<int>(i);
+    }
+    m_fonts.push_back(FontEntry{family, charset});
+    return static_cast<int>(m_fonts.size() - 1);
+}
+
+int RtfTables::colour(uint32_t rgb)
+{
+    for (std::size_t i = 0; i < m_colours.size(); ++i) {
+        if (m_colours[i] == rgb)
+            return static_cast<int>(i + 1);
+    }
+    m_colours.push_back(rgb);
+    return static_cast<int>(m_colours.size());
+}
+
+std::string RtfTables::fontTable() const
+{
+    std::string out = "{\\fonttbl";
+    if (m_fonts.empty())
+        out += "{\\f0\\fnil\\fcharset0 Times New Roman;}";
+    for (std::size_t i = 0; i < m_fonts.size(); ++i) {
+        out += "{\\f" + std::to_string(i) + "\\fnil\\fcharset" +
+               std::to_string(m_fonts[i].charset) + " ";
+        std::string name;
+        // The name ends at ';' in the table, so it may not hold one.
+        for (char c : m_fonts[i].family)
+            name.push_back(c == ';' ? ' ' : c);
+        AppendEscaped(out, name);
+        out += ";}";
+    }
+    out += "}\n";
+    return out;
+}
+
+std::string RtfTables::colourTable() const
+{
+    std::string out = "{\\colortbl;";
+    for (uint32_t rgb : m_colours) {
+        out += "\\red" + std::to_string((rgb >> 16) & 0xff) + "\\green" +
+               std::to_string((rgb >> 8) & 0xff) + "\\blue" + std::to_string(rgb & 0xff) + ";";
+    }
+    out += "}\n";
+    return out;
+}
+
+RtfWriter::RtfWriter(RtfTables& tables, const std::vector<FontFace>& faces, bool adjustFontNames)
+    : m_tables(tables), m_faces(faces), m_adjust(adjustFontNames)
+{
+}
+
+void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* links,
+                     float sizeScale)
+{
+    int openLink = -1;
+    std::size_t i = 0;
+    while (i < glyphs.size()) {
+        const Glyph& first = glyphs[i];
+        // A run: same face, size and colour; a tab or blank carries on the run before it.
+        std::size_t end = i + 1;
+        int charset = CharsetFor(first.c);
+        while (end < glyphs.size()) {
+            const Glyph& g = glyphs[end];
+            if (g.font != first.font || std::fabs(g.size - first.size) > 0.01f ||
+                g.colour != first.colour || g.link != first.link)
+                break;
+            if (charset == 0)
+                charset = CharsetFor(g.c);
+            ++end;
+        }
+        const int link =
+            links && first.link >= 0 && static_cast<std::size_t>(first.link) < links->size()
+                ? first.link
+                : -1;
+        if (link != openLink) {
+            if (openLink >= 0)
+                m_out += "}}";
+            if (link >= 0) {
+                m_out += "{\\field{\\*\\fldinst HYPERLINK \"";
+                for (char c : (*links)[static_cast<std::size_t>(link)].uri) {
+                    if (c == '"' || c == '\\')
+                        m_out.push_back('\\');
+                    AppendEscaped(m_out, static_cast<char32_t>(static_cast<unsigned char>(c)));
+                }
+                m_out += "\"}{\\fldrslt ";
+            }
+            openLink = link;
+        }
+        FontStyle style;
+        if (first.font >= 0 && static_cast<std::size_t>(first.font) < m_faces.size())
+            style = ResolveFontStyle(m_faces[static_cast<std::size_t>(first.font)], m_adjust);
+        else
+            style.family = "Times New Roman";
+        const int fontIndex = m_tables.font(style.family, charset);
+        const long halfPoints = std::max(2L, std::lround(first.size * sizeScale * 2));
+        m_out += "{\\f" + std::to_string(fontIndex) + "\\fs" + std::to_string(halfPoints);
+        if (style.bold)
+            m_out += "\\b";
+        if (style.italic)
+            m_out += "\\i";
+        if (link >= 0)
+            m_out += "\\ul";
+        if (first.colour != 0)
+            m_out += "\\cf" + std::to_string(m_tables.colour(first.colour));
+        m_out.push_back(' ');
+        for (std::size_t k = i; k < end; ++k)
+            AppendEscaped(m_out, glyphs[k].c);
+        m_out.push_back('}');
+        i = end;
+    }
+    if (openLink >= 0)
+        m_out += "}}";
+}
+
+void RtfWriter::picture(const Picture& picture, float widthPt, float heightPt)
+{
+    m_out += "{\\pict";
+    m_out += picture.kind == PictureKind::Jpeg ? "\\jpegblip" : "\\dibitmap0";
+    m_out += "\\picw" + std::to_string(picture.pixelWidth) + "\\pich" +
+             std::to_string(picture.pixelHeight);
+    m_out += "\\picwgoal" + std::to_string(Twips(widthPt)) + "\\pichgoal" +
+             std::to_string(Twips(heightPt));
+    m_out.push_back('\n');
+    static const char Hex[] = "0123456789abcdef";
+    std::size_t column = 0;
+    m_out.reserve(m_out.size() + picture.data.size() * 2 + picture.data.size() / 64 + 4);
+    for (uint8_t byte : picture.data) {
+        m_out.push_back(Hex[byte >> 4]);
+        m_out.push_back(Hex[byte & 15]);
+        if (++column == 64) {
+            m_out.push_back('\n');
+            column = 0;
+        }
+    }
+    m_out += "}";
+}
+
+}  // namespace velmora
