@@ -24,32 +24,30 @@ public:
 
     std::optional<QVariant> RegRead(const QString& name) override
     {
-        if (m_settings.status() != QSettings::NoError || !m_settings.contains(name))
+        if (m_settings.status() == QSettings::AccessError || !m_settings.contains(name))
             return std::nullopt;
         const QVariant value = m_settings.value(name);
+        // A hand-written "@Invalid()" or a damaged "@Variant(...)" holds nothing.
+        if (!value.isValid())
+            return std::nullopt;
         // An unquoted hand-written value with commas comes back as a list; the store holds
-        // texts and numbers only, so it is taken as the text it was.
+        // texts and numbers only, so it is taken as the text it was, in QSettings' own form.
         if (value.typeId() == QMetaType::QStringList)
-            return value.toStringList().join(u',');
+            return value.toStringList().join(QStringLiteral(", "));
         return value;
     }
 
-    bool RegWrite(const QString& name, const QString& text) override
-    {
-        return write(name, text);
-    }
+    bool RegWrite(const QString& name, const QString& text) override { return write(name, text); }
 
-    bool RegWriteDword(const QString& name, qint32 value) override
-    {
-        return write(name, value);
-    }
+    bool RegWriteDword(const QString& name, qint32 value) override { return write(name, value); }
 
 private:
     bool write(const QString& name, const QVariant& value)
     {
         // A file that couldn't be read would be replaced by this shell's few values; a failed
-        // write keeps the older store instead.
-        if (m_settings.status() != QSettings::NoError || !m_settings.isWritable())
+        // write keeps the older store instead. A file that could be read but not understood
+        // (FormatError) is rewritten with what QSettings made of it, which repairs it.
+        if (m_settings.status() == QSettings::AccessError || !m_settings.isWritable())
             return false;
         const QString path = m_settings.fileName();
         if (!makePrivate(path))
@@ -59,7 +57,7 @@ private:
         // QSettings replaces the file on every sync; the stored document may hold a PDF
         // password in clear text, so the new file must be the owner's alone too.
         const bool privateAfterSync = QFile::setPermissions(path, OwnerOnly);
-        return m_settings.status() == QSettings::NoError && privateAfterSync;
+        return m_settings.status() != QSettings::AccessError && privateAfterSync;
     }
 
     // The file is made (or narrowed) to owner-only before anything is written, so that the

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <optional>
 
 namespace {
@@ -454,52 +453,6 @@ TEST(ParseOptions, KeysAreFoundWhateverTheirOrderAndCase)
     EXPECT_EQ(OptionFields(reordered), OptionFields(ordered));
     EXPECT_EQ(reordered.ConversionMethod, 3);
     EXPECT_EQ(reordered.JpegQuality, 10);
-}
-
-TEST(ParseOptions, ReadsBackWhatWasWrittenExceptTheEngineOnlyFields)
-{
-    const std::function<void(RunState&)> edits[] = {
-        [](RunState& s) { s.JpegQuality = 100; },
-        [](RunState& s) {
-            s.ConversionMethod = 1;
-            s.DocumentType = 3;
-        },
-        [](RunState& s) {
-            s.Passwords = QStringLiteral(u"pass word&<>日本");
-            s.PasswordLen = 11;
-            s.PasswordSeparator = 44;
-        },
-        [](RunState& s) {
-            s.ImageFormat = 1;
-            s.WordArt = 1;
-            s.DetectHeader = 0;
-        },
-        [](RunState& s) {
-            s.PageFrom = 3;
-            s.PageTo = 9;
-            s.UsingPageRange = 1;
-            s.ExtractToBMP = 1;
-            s.ZoomDpi = 20;
-        },
-    };
-    for (const auto& edit : edits) {
-        RunState written = FirstStart();
-        edit(written);
-        RunState read = Untouched();
-        read.OptionsDocument = BuildOptionsDocument(written);
-        ParseOptions(read);
-
-        RunState expected = written;
-        expected.PageFrom = 0;
-        expected.PageTo = 0;
-        expected.UsingPageRange = 0;
-        expected.ExtractToBMP = 0;
-        expected.ZoomDpi = 96;
-        expected.LaunchWord = 77;
-        if (written.Passwords.isEmpty())
-            expected.Passwords = QStringLiteral("0");
-        EXPECT_EQ(OptionFields(read), OptionFields(expected));
-    }
 }
 
 }  // namespace

@@ -183,6 +183,8 @@ TEST_F(SettingsShellTest, AHandEditedStoreNeverStopsARun)
          1, 1, 0, 85, ""},
         {"a list where a number belongs", "[RTF]\nPreviewThumb=1, 2\nDocumentFormat=2\n", 1, 2, 1,
          85, ""},
+        {"values that hold nothing", "[RTF]\nPreviewThumb=@Invalid()\nLaunchWord=@Variant(junk)\n",
+         1, 1, 1, 85, ""},
         {"missing values", "[General]\n", 1, 1, 1, 85, ""},
         {"document with a password past 32,767 characters",
          "[General]\nVOREK%20-%20RTF=\"<o><numeric name = \\\"JpegQuality\\\" value = \\\"40\\\" "
@@ -212,15 +214,36 @@ TEST_F(SettingsShellTest, AHandEditedStoreNeverStopsARun)
         EXPECT_EQ(state.JpegQuality, row.jpegQuality);
         EXPECT_EQ(state.Passwords, row.passwords);
 
-        // What was missing or unreadable now holds 1, and the next run reads the same.
-        RunState next;
-        LoadSettings(next, QSettingsShellFactory());
-        EXPECT_EQ(next.PreviewThumb, row.previewThumb);
-        EXPECT_EQ(next.DocumentFormat, row.documentFormat);
-        EXPECT_EQ(next.LaunchWord, row.launchWord);
+        // What was missing, unreadable or no 16-bit number now holds 1: the store agrees with
+        // the fields.
+        const std::pair<QString, qint16> switches[] = {
+            {SettingsNames::PreviewThumb, row.previewThumb},
+            {SettingsNames::DocumentFormat, row.documentFormat},
+            {SettingsNames::LaunchWord, row.launchWord}};
+        for (const auto& [name, value] : switches)
+            EXPECT_EQ(Read(name).value_or(QVariant()).toString(), QString::number(value))
+                << name.toStdString();
 
         SaveOptions(state, QSettingsShellFactory(), false);
         EXPECT_EQ(Mode(), 0600);
+    }
+}
+
+TEST_F(SettingsShellTest, HandWrittenValuesReadAsTheTextTheyHold)
+{
+    const std::pair<QByteArray, std::optional<QString>> rows[] = {
+        {"plain text", QStringLiteral("plain text")},
+        {"\"quoted, with a comma\"", QStringLiteral("quoted, with a comma")},
+        {"a, b,c", QStringLiteral("a, b, c")},
+        {"12", QStringLiteral("12")},
+        {"", QString()},
+        {"@Invalid()", std::nullopt},
+    };
+    for (const auto& [raw, expected] : rows) {
+        SCOPED_TRACE(raw.toStdString());
+        WriteRawStore("[General]\nVOREK%20-%20RTF=" + raw + "\n");
+        const std::optional<QVariant> read = Read(SettingsNames::OptionsDocument);
+        EXPECT_EQ(read ? std::optional<QString>(read->toString()) : std::nullopt, expected);
     }
 }
 
