@@ -80,7 +80,7 @@ ConversionMethodForm::ConversionMethodForm(DialogRuntime& runtime, Forms& forms)
         return label;
     };
 
-    m_buttonNext = makeButton("ButtonNext", QStringLiteral("&Advanced Options >"), 4140, 1980);
+    m_buttonNext = makeButton("ButtonNext", QStringLiteral("&Advanced Options >"), 3720, 2400);
     m_buttonNext->setDefault(true);
 
     m_picture1 = new QLabel(this);
@@ -127,8 +127,8 @@ ConversionMethodForm::ConversionMethodForm(DialogRuntime& runtime, Forms& forms)
     m_frameConversionOptions = new QGroupBox(QStringLiteral("PDF Conversion Options"), this);
     m_frameConversionOptions->setObjectName(QStringLiteral("FrameConversionOptions"));
     PlaceTwips(*m_frameConversionOptions, FrameLeft, FrameTop, 6015, 4035);
-    m_frameConversionOptions->lower();
-    m_picture1->lower();
+    // The frame comes last and so lies over the controls it surrounds; clicks go through it.
+    m_frameConversionOptions->setAttribute(Qt::WA_TransparentForMouseEvents);
 
     m_imageExact->hide();
     m_imagePreserve->hide();

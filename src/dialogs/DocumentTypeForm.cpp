@@ -80,7 +80,7 @@ DocumentTypeForm::DocumentTypeForm(DialogRuntime& runtime, Forms& forms)
     };
 
     m_buttonNext =
-        makeButton("ButtonNext", QStringLiteral("PDF &Conversion Options >"), 3840, 2280);
+        makeButton("ButtonNext", QStringLiteral("PDF &Conversion Options >"), 3720, 2400);
     m_buttonNext->setDefault(true);
 
     m_picture1 = new QLabel(this);
@@ -118,8 +118,8 @@ DocumentTypeForm::DocumentTypeForm(DialogRuntime& runtime, Forms& forms)
     m_frameDocumentType = new QGroupBox(QStringLiteral("PDF Document Type"), this);
     m_frameDocumentType->setObjectName(QStringLiteral("FrameDocumentType"));
     PlaceTwips(*m_frameDocumentType, FrameLeft, FrameTop, 6015, 4035);
-    m_frameDocumentType->lower();
-    m_picture1->lower();
+    // The frame comes last and so lies over the controls it surrounds; clicks go through it.
+    m_frameDocumentType->setAttribute(Qt::WA_TransparentForMouseEvents);
 
     m_imageSingle->hide();
     m_imageMulti->hide();

@@ -123,11 +123,9 @@ OtherOptionsForm::OtherOptionsForm(DialogRuntime& runtime, Forms& forms)
 
     m_labelQualityBox = new QLabel(this);
     place(m_labelQualityBox, "LabelQualityBox", FrameLeft + 4620, FrameTop + 2670, 840, 315);
+    // Drawn over the quality display, so it has a frame and nothing else.
     m_labelQualityBox->setFrameStyle(QFrame::Panel | QFrame::Sunken);
-    m_labelQualityBox->setAutoFillBackground(true);
-    m_labelQualityBox->setBackgroundRole(QPalette::Base);
-    m_labelQualityBox->stackUnder(m_labelQuality);
-    m_labelPercent->raise();
+    m_labelQualityBox->setAttribute(Qt::WA_TransparentForMouseEvents);
 
     m_labelOutputFormat = makeLabel("LabelOutputFormat", QStringLiteral("Output Format:"),
                                     LeftColumn, FrameTop + 3300, 1740);
@@ -155,8 +153,8 @@ OtherOptionsForm::OtherOptionsForm(DialogRuntime& runtime, Forms& forms)
 
     m_frameAdvancedOptions = new QGroupBox(QStringLiteral("Advanced Options"), this);
     place(m_frameAdvancedOptions, "FrameAdvancedOptions", FrameLeft, FrameTop, 6015, 3840);
-    m_frameAdvancedOptions->lower();
-    m_picture1->lower();
+    // The frame comes last and so lies over the controls it surrounds; clicks go through it.
+    m_frameAdvancedOptions->setAttribute(Qt::WA_TransparentForMouseEvents);
 
     setTabOrder(m_checkPreserve, m_checkSub);
     setTabOrder(m_checkSub, m_checkResize);
