@@ -207,9 +207,8 @@ void ParseOptions(RunState& state)
             state.*step.field = step.fixedValue;
             continue;
         }
-        const std::optional<QString> text =
-            ReadOptionValue(state.OptionsDocument, QLatin1String(step.key),
-                            QLatin1String(step.defaultValue));
+        const std::optional<QString> text = ReadOptionValue(
+            state.OptionsDocument, QLatin1String(step.key), QLatin1String(step.defaultValue));
         if (!text)
             return;
         if (step.isText) {

@@ -23,5 +23,7 @@ std::optional<QString> ReadOptionValue(const QString& document, const QString& k
 // value that fails to read or to convert to a 16-bit number.
 void ParseOptions(RunState& state);
 
-// A text as a 16-bit signed number, the way the stored document's values are converted.
+// A text as a 16-bit signed number, the way the stored document's values and store switches
+// kept as text are converted: a whole decimal number with an optional sign, blanks (space, tab)
+// around it allowed; nothing when the text is anything else or lies outside -32768..32767.
 std::optional<qint16> ToInt16(const QString& text);

@@ -117,7 +117,8 @@ void LoadSettings(RunState& state, const SettingsShellFactory& shellFactory)
 
     std::unique_ptr<SettingsShell> shell = MakeShell(shellFactory);
 
-    if (const std::optional<QString> document = ReadText(shell.get(), SettingsNames::OptionsDocument))
+    if (const std::optional<QString> document =
+            ReadText(shell.get(), SettingsNames::OptionsDocument))
         state.OptionsDocument = *document;
     else
         WriteText(shell.get(), SettingsNames::OptionsDocument, QString());
