@@ -55,12 +55,13 @@ float shrinkToFit(const Block& block, float boxWidth, float boxHeight)
     if (boxWidth <= 0 || block.size <= 0)
         return 1;
     float scale = 1;
+    const float lineCount = static_cast<float>(std::max<std::size_t>(1, block.lines.size()));
     for (int step = 0; step < 8; ++step) {
+        // The estimate is rough: within 10 % of the box counts as fitting.
         const float width = estimatedWidth(block.text, scale);
-        // The estimate is rough; within 5 % counts as fitting.
-        const float lines = std::ceil(width / (boxWidth * 1.05f));
+        const float lines = std::ceil(width / (boxWidth * 1.1f));
         const float height = lines * block.size * scale * 1.1f;
-        if (height <= boxHeight * 1.1f + 2)
+        if (lines <= lineCount || height <= boxHeight * 1.1f + 2)
             break;
         scale *= 0.95f;
         if (scale < 0.6f) {

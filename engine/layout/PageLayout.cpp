@@ -117,6 +117,17 @@ bool isBold(const Block& block, const std::vector<FontFace>* fonts)
     return total > 0 && bold == total;
 }
 
+float firstWordWidth(const Line& line)
+{
+    float end = line.box.x0;
+    for (const Glyph& glyph : line.glyphs) {
+        if (isSpace(glyph.c))
+            break;
+        end = glyph.box.x1;
+    }
+    return end - line.box.x0;
+}
+
 }  // namespace
 
 std::string ToUtf8(const std::vector<Glyph>& glyphs)
@@ -226,7 +237,7 @@ std::vector<std::pair<float, float>> FindGutters(const std::vector<Fragment>& fr
             ++coverage[static_cast<std::size_t>(x)];
     }
     // A title or a footer may cross the gutter; a handful of such lines don't close it.
-    const int allowed = std::max(1, static_cast<int>(fragments.size() / 12));
+    const int allowed = std::max(2, static_cast<int>(fragments.size() / 10));
     const float minimumWidth = std::max(6.0f, size * 0.6f);
     int x = static_cast<int>(width * 0.05f);
     const int stop = static_cast<int>(width * 0.95f);
@@ -419,7 +430,8 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
         const float step = line.box.y1 - previous.box.y1;
         const bool endsWithHyphen = !previous.glyphs.empty() && (previous.glyphs.back().c == '-' ||
                                                                  previous.glyphs.back().c == 0xad);
-        const bool shortLine = previous.box.x1 < right - std::max((right - left) * 0.12f, size * 3);
+        // A line ends its paragraph when the next line's first word would have fitted on it.
+        const bool shortLine = previous.box.x1 + firstWordWidth(line) + size * 0.3f < right;
         bool joins = previous.tabStops.empty() && line.tabStops.empty() &&
                      std::fabs(previous.size - line.size) <= size * 0.15f && step > 0 &&
                      step <= pitch * 1.35f + 0.5f && step <= size * 3 &&

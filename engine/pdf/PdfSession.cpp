@@ -273,8 +273,12 @@ bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
     {
         failed = true;
     }
-    if (failed)
+    if (failed) {
+        // Hitting the memory ceiling ends the run; a merely damaged picture is left out.
+        if (fz_caught(ctx) == FZ_ERROR_MEMORY)
+            throw PdfError(std::string("picture too large: ") + fz_caught_message(ctx));
         return false;
+    }
     // A pixmap converted with alpha dropped has three components per pixel.
     const int width = rgb->w;
     const int height = rgb->h;
@@ -308,34 +312,39 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
     fz_context* ctx = m_impl->ctx;
     if (!m_impl->doc)
         throw PdfError("no document is open");
-    fz_page* page = nullptr;
-    fz_stext_page* text = nullptr;
-    fz_link* links = nullptr;
+    // Dropped on every way out, also when a picture throws halfway through the page.
+    struct PageResources
+    {
+        fz_context* ctx;
+        fz_page* page = nullptr;
+        fz_stext_page* text = nullptr;
+        fz_link* links = nullptr;
+        ~PageResources()
+        {
+            fz_drop_link(ctx, links);
+            fz_drop_stext_page(ctx, text);
+            fz_drop_page(ctx, page);
+        }
+    } held{ctx};
     fz_rect bounds = fz_empty_rect;
-    fz_var(page);
-    fz_var(text);
-    fz_var(links);
     bool failed = false;
     fz_try(ctx)
     {
-        page = fz_load_page(ctx, &m_impl->doc->super, index);
-        bounds = fz_bound_page(ctx, page);
+        held.page = fz_load_page(ctx, &m_impl->doc->super, index);
+        bounds = fz_bound_page(ctx, held.page);
         fz_stext_options options{};
         options.flags = FZ_STEXT_MEDIABOX_CLIP | (pictures.extract ? FZ_STEXT_PRESERVE_IMAGES : 0);
-        text = fz_new_stext_page_from_page(ctx, page, &options);
-        links = fz_load_links(ctx, page);
+        held.text = fz_new_stext_page_from_page(ctx, held.page, &options);
+        held.links = fz_load_links(ctx, held.page);
     }
     fz_catch(ctx)
     {
         failed = true;
     }
-    if (failed) {
-        const std::string message = fz_caught_message(ctx);
-        fz_drop_link(ctx, links);
-        fz_drop_stext_page(ctx, text);
-        fz_drop_page(ctx, page);
-        throw PdfError(message);
-    }
+    if (failed)
+        throw PdfError(fz_caught_message(ctx));
+    fz_stext_page* text = held.text;
+    fz_link* links = held.links;
 
     PageContent content;
     content.width = bounds.x1 - bounds.x0;
@@ -394,9 +403,6 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                 content.lines.push_back(std::move(out));
         }
     }
-    fz_drop_link(ctx, links);
-    fz_drop_stext_page(ctx, text);
-    fz_drop_page(ctx, page);
     return content;
 }
 

@@ -52,8 +52,8 @@ void AppendEscaped(std::string& out, char32_t c)
         out += "\\u-3?";  // U+FFFD
     } else if (c > 0xffff) {
         const char32_t v = c - 0x10000;
-        AppendEscaped(out, 0xd800 + (v >> 10));
-        AppendEscaped(out, 0xdc00 + (v & 0x3ff));
+        for (const char32_t half : {0xd800 + (v >> 10), 0xdc00 + (v & 0x3ff)})
+            out += "\\u" + std::to_string(static_cast<int16_t>(static_cast<uint16_t>(half))) + "?";
     } else {
         // \u takes a signed 16-bit number; '?' stands in for readers without Unicode.
         out += "\\u" + std::to_string(static_cast<int16_t>(static_cast<uint16_t>(c))) + "?";
