@@ -4,6 +4,9 @@
 // settings store, where the caller has just saved them.
 
 #include <QString>
+#include <QStringList>
+
+#include <optional>
 
 struct RunState;
 
@@ -15,3 +18,11 @@ QString ConversionArguments(const RunState& state);
 
 // "<source>" "<preview stem>.rtf" -C -P -H
 QString PreviewArguments(const RunState& state);
+
+// The arguments the engine must receive for `parameters`, when splitting that text wouldn't give
+// them back: a name with a quote in it can't be written in the text. Empty otherwise, so the
+// text is what the engine is started with.
+std::optional<QStringList> ExactEngineArguments(const QString& parameters, const QStringList& intended);
+
+QStringList ConversionArgumentList(const RunState& state);
+QStringList PreviewArgumentList(const RunState& state);

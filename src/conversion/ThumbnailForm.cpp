@@ -96,8 +96,9 @@ void ThumbnailForm::RunPreview()
 
     ProcessHandle process = ProcessHandle::None;
     const QString program = u'"' + EngineProgram(m_context.applicationDir) + u'"';
-    const qint32 code = LaunchProcess(this, OpenVerb, program, PreviewArguments(state), ShowNormal,
-                                      process, qint16{-1});
+    const QString parameters = PreviewArguments(state);
+    const qint32 code = LaunchProcess(this, OpenVerb, program, parameters, ShowNormal, process, qint16{-1},
+                                      ExactEngineArguments(parameters, PreviewArgumentList(state)));
     if (code <= 32)
         return;
     for (;;) {

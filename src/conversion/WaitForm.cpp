@@ -62,7 +62,8 @@ void WaitForm::RunConversion()
         const QString program = EngineProgram(m_context.applicationDir);
         const QString arguments = ConversionArguments(state);
         const QDateTime start = QDateTime::currentDateTime();
-        const qint32 code = LaunchAndWait(nullptr, OpenVerb, program, arguments, ShowNormal);
+        const qint32 code = LaunchAndWait(nullptr, OpenVerb, program, arguments, ShowNormal,
+                                          ExactEngineArguments(arguments, ConversionArgumentList(state)));
         if (code == 0) {
             ShowMessage(this, LocalText(6901, QStringLiteral("Error loading PDF to Word converter!")),
                         MessageIcon::Critical);

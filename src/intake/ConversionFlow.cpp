@@ -4,6 +4,7 @@
 #include "conversion/OutputTarget.h"
 #include "conversion/WaitForm.h"
 #include "dialogs/AppContext.h"
+#include "dialogs/DialogRuntime.h"
 #include "dialogs/WelcomeForm.h"
 #include "intake/ConvertFlowFactory.h"
 #include "intake/PageRangeChoice.h"

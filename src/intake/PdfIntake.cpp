@@ -2,6 +2,7 @@
 
 #include "conversion/ThumbnailForm.h"
 #include "dialogs/AppContext.h"
+#include "dialogs/DialogRuntime.h"
 #include "dialogs/FileDialogs.h"
 #include "dialogs/Placement.h"
 #include "dialogs/WelcomeForm.h"

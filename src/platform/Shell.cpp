@@ -262,7 +262,10 @@ bool ShellExecuteEx(ShellExecuteInfo& info)
     }
     const QString program = withoutSurroundingQuotes(info.file);
     QStringList arguments;
-    SplitCommandLine(info.parameters, arguments);
+    if (info.exactArguments)
+        arguments = *info.exactArguments;
+    else
+        SplitCommandLine(info.parameters, arguments);
     pid_t pid = 0;
     if (const int error = spawn(program, arguments, pid)) {
         info.instApp = codeForSpawnError(error, program);

@@ -8,7 +8,10 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <QStringList>
+
 #include <functional>
+#include <optional>
 
 class QWidget;
 
@@ -61,6 +64,9 @@ struct ShellExecuteInfo final
     QString file;
     // The argument text, split into arguments by the program's own command line tokeniser.
     QString parameters;
+    // When set, the arguments exactly as they are, for names that the parameter text can't
+    // carry (it has no escape for a quote inside a quoted name); `parameters` is then not split.
+    std::optional<QStringList> exactArguments;
     qint32 showMode = 0;
 
     quint32 instApp = 0;

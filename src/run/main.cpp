@@ -1,4 +1,5 @@
 #include "dialogs/AppContext.h"
+#include "dialogs/ConvertFlow.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "intake/ConvertFlowFactory.h"

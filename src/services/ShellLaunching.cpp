@@ -72,13 +72,15 @@ void OpenDocument(QWidget* ownerWindow, const QString& path, const qint16& repor
 
 qint32 LaunchProcess(QWidget* ownerWindow, const QString& verb, const QString& file,
                      const QString& parameters, const qint32& showMode,
-                     ProcessHandle& processHandle, const qint16& report)
+                     ProcessHandle& processHandle, const qint16& report,
+                     const std::optional<QStringList>& exactArguments)
 {
     ShellExecuteInfo info;
     info.ownerWindow = ownerWindow;
     info.verb = verb;
     info.file = file;
     info.parameters = parameters;
+    info.exactArguments = exactArguments;
     info.showMode = showMode;
     const bool started = ShellExecuteEx(info);
     if (started)
@@ -89,12 +91,13 @@ qint32 LaunchProcess(QWidget* ownerWindow, const QString& verb, const QString& f
 }
 
 qint32 LaunchAndWait(QWidget* ownerWindow, const QString& verb, const QString& file,
-                     const QString& parameters, qint32 showMode)
+                     const QString& parameters, qint32 showMode,
+                     const std::optional<QStringList>& exactArguments)
 {
     ProcessHandle process = ProcessHandle::None;
     const qint16 report = -1;
     const qint32 code =
-        LaunchProcess(ownerWindow, verb, file, parameters, showMode, process, report);
+        LaunchProcess(ownerWindow, verb, file, parameters, showMode, process, report, exactArguments);
     if (ShellSucceeded(static_cast<quint32>(code)) && process != ProcessHandle::None) {
         for (;;) {
             const quint32 waited = WaitForSingleObject(process, WaitSliceMs);

@@ -86,12 +86,12 @@ int main(int argc, char** argv)
             height = 80;
         }
     }
-    if (argc < 3)
-        return 2;
     if (mode == "crash")
         std::abort();
     if (mode == "nothing")
         return 0;
+    if (argc < 3)
+        return 2;
     if (mode == "sleep")
         std::this_thread::sleep_for(std::chrono::seconds(2));
 

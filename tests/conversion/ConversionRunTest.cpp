@@ -1,0 +1,212 @@
+#include "conversion/OutputTarget.h"
+#include "conversion/WaitForm.h"
+#include "dialogs/DialogRuntime.h"
+#include "platform/OfficeSuite.h"
+#include "support/FakeServices.h"
+#include "support/ModalDriver.h"
+#include "TestPaths.h"
+
+#include <QAbstractButton>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+bool Japanese()
+{
+    return qEnvironmentVariable("VELMORA_TEST_LOCALE") == QStringLiteral("ja");
+}
+
+// An office suite that isn't installed.
+struct NoOfficeSuite final : OfficeSuite
+{
+    QString FindProgram() override { return {}; }
+    std::unique_ptr<OfficeProcess> StartConversion(const QString&, const OfficeJob&,
+                                                   const std::function<void()>&) override
+    {
+        return nullptr;
+    }
+};
+
+// A plain owner for the progress dialog.
+class OwnerForm final : public Form
+{
+public:
+    explicit OwnerForm(DialogRuntime& runtime) : Form(runtime) { setObjectName(QStringLiteral("Owner")); }
+};
+
+void WriteFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray ReadFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+class ConversionRunTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(appDir.isValid());
+        ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_STAND_IN_ENGINE), appDir.filePath(QStringLiteral("VelmoraConverter"))));
+        env.context.applicationDir = appDir.path();
+        env.context.officeSuite = &office;
+        env.state.RunMode = 1;
+        env.state.DocumentFormat = 2;
+        env.state.LaunchWord = 0;
+        env.state.SourcePath = work.filePath(QStringLiteral("in put \"q\" $(x); -a.pdf"));
+        env.state.OutputPath = work.filePath(QStringLiteral("-out 日本.txt"));
+    }
+    void TearDown() override
+    {
+        for (Form* form : runtime.LoadedForms())
+            form->hide();
+        ProcessPendingEvents();
+    }
+
+    void SetMode(const char* mode) { WriteFile(appDir.filePath(QStringLiteral("standin.mode")), mode); }
+
+    // Loads the progress dialog, runs it over an owner and unloads it, as the Convert command does.
+    void Run()
+    {
+        QPointer<OwnerForm> owner;
+        runtime.Instance(owner);
+        runtime.Show(*owner);
+        QPointer<WaitForm> wait;
+        runtime.Instance(wait, env.context);
+        wait->Begin(*owner);
+        if (wait && runtime.IsLoaded(wait))
+            runtime.Unload(*wait);
+    }
+
+    QTemporaryDir appDir;
+    QTemporaryDir work;
+    NoOfficeSuite office;
+    FakeEnvironment env;
+    DialogRuntime runtime;
+};
+
+TEST_F(ConversionRunTest, NewOutputIsReportedFinishedWithTheTargetNamedForTheFormat)
+{
+    SeenMessage seen;
+    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    Run();
+    const QString target = work.filePath(QStringLiteral("-out 日本.rtf"));
+    EXPECT_EQ(env.state.OutputPath, target);
+    EXPECT_TRUE(QFile::exists(target));
+    EXPECT_TRUE(seen.shown);
+    EXPECT_EQ(seen.text, Japanese() ? QStringLiteral("変換終了しました。") : QStringLiteral("Conversion finished"));
+    EXPECT_EQ(seen.icon, QMessageBox::Information);
+    // The names reach the engine exactly as they are, whatever they hold.
+    const QStringList recorded = QString::fromUtf8(ReadFile(appDir.filePath(QStringLiteral("standin.args")))).split(u'\n');
+    ASSERT_GE(recorded.size(), 3);
+    EXPECT_EQ(recorded.mid(0, 3), (QStringList{env.state.SourcePath, target, QStringLiteral("-C")}));
+}
+
+TEST_F(ConversionRunTest, EngineThatWritesNothingEndsSilentlyAndKeepsTheOlderFile)
+{
+    const QString target = work.filePath(QStringLiteral("-out 日本.rtf"));
+    WriteFile(target, "older");
+    SetMode("nothing");
+    SeenMessage seen;
+    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    Run();
+    ProcessPendingEvents();
+    EXPECT_FALSE(seen.shown);
+    EXPECT_EQ(ReadFile(target), QByteArray("older"));
+}
+
+TEST_F(ConversionRunTest, CrashingEngineEndsSilently)
+{
+    SetMode("crash");
+    SeenMessage seen;
+    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    Run();
+    ProcessPendingEvents();
+    EXPECT_FALSE(seen.shown);
+    EXPECT_FALSE(QFile::exists(work.filePath(QStringLiteral("-out 日本.rtf"))));
+}
+
+TEST_F(ConversionRunTest, MissingEngineGetsTheShellMessage)
+{
+    ASSERT_TRUE(QFile::remove(appDir.filePath(QStringLiteral("VelmoraConverter"))));
+    SeenMessage seen;
+    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    Run();
+    EXPECT_TRUE(seen.shown);
+    EXPECT_TRUE(seen.text.startsWith(appDir.filePath(QStringLiteral("VelmoraConverter")))) << seen.text.toStdString();
+    EXPECT_EQ(seen.icon, QMessageBox::Critical);
+}
+
+TEST_F(ConversionRunTest, HostedRunShowsNothingOnSuccess)
+{
+    env.state.HostedByWord = -1;
+    env.state.DocumentFormat = 1;  // no office suite: the file keeps what the engine wrote
+    SeenMessage seen;
+    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    Run();
+    ProcessPendingEvents();
+    EXPECT_FALSE(seen.shown);
+    EXPECT_EQ(ReadFile(work.filePath(QStringLiteral("-out 日本.doc"))).left(6), QByteArray("{\\rtf1"));
+}
+
+TEST_F(ConversionRunTest, MissingWordOffersRtfAndTheSaveDialogProposesIt)
+{
+    env.state.DocumentFormat = 1;
+    env.state.OutputPath.clear();
+    env.state.SourcePath = work.filePath(QStringLiteral("report.pdf"));
+    SeenMessage fallback;
+    QString proposed;
+    WhenModalAppears(QStringLiteral("MessageBox"), [&](QWidget& box) {
+        fallback.shown = true;
+        fallback.text = static_cast<QMessageBox&>(box).text();
+        WhenModalAppears(QStringLiteral("CommonDialog1"), [&](QWidget& dialog) {
+            auto& fileDialog = static_cast<QFileDialog&>(dialog);
+            proposed = fileDialog.selectedFiles().value(0);
+            fileDialog.selectFile(work.filePath(QStringLiteral("chosen.rtf")));
+            QMetaObject::invokeMethod(&fileDialog, "accept");
+        });
+        static_cast<QMessageBox&>(box).button(QMessageBox::Ok)->click();
+    });
+    EXPECT_TRUE(AskOutputFile(env.context, nullptr));
+    EXPECT_TRUE(fallback.shown);
+    const QString english = QStringLiteral("MS Word 2000 or later is not found.\n\nSaving the file as .DOC format "
+                                           "requires MS Word 2000 or later.\nThe document will be saved as .RTF format.");
+    if (!Japanese()) {
+        EXPECT_EQ(fallback.text, english);
+    }
+    EXPECT_EQ(env.state.DocumentFormat, 2);
+    EXPECT_EQ(env.store.values.value(QStringLiteral("RTF/DocumentFormat")).toInt(), 2);
+    EXPECT_EQ(proposed, work.filePath(QStringLiteral("report.rtf")));
+    EXPECT_EQ(env.state.OutputPath, work.filePath(QStringLiteral("chosen.rtf")));
+}
+
+TEST_F(ConversionRunTest, CancelInTheFallbackOrTheSaveDialogKeepsTheDialogOpen)
+{
+    env.state.DocumentFormat = 1;
+    AnswerNextMessageBox(QMessageBox::Cancel);
+    EXPECT_FALSE(AskOutputFile(env.context, nullptr));
+    EXPECT_EQ(env.state.DocumentFormat, 1) << "Cancel leaves the format alone";
+
+    env.state.DocumentFormat = 2;
+    const QString before = env.state.OutputPath;
+    WhenModalAppears(QStringLiteral("CommonDialog1"), [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); });
+    EXPECT_FALSE(AskOutputFile(env.context, nullptr));
+    EXPECT_EQ(env.state.OutputPath, work.filePath(QStringLiteral("-out 日本.rtf")));
+}
+
+}  // namespace
