@@ -1,8 +1,8 @@
+#include "dialogs/WelcomeForm.h"
 #include "dialogs/ConvertFlow.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "dialogs/OtherOptionsForm.h"
-#include "dialogs/WelcomeForm.h"
 #include "support/FakeServices.h"
 #include "support/ModalDriver.h"
 
@@ -94,8 +94,7 @@ protected:
         return welcome;
     }
 
-    template <class T>
-    T& Control(WelcomeForm& welcome, const char* name)
+    template <class T> T& Control(WelcomeForm& welcome, const char* name)
     {
         return Child<T>(welcome, QString::fromLatin1(name));
     }
@@ -132,11 +131,16 @@ TEST_P(SummaryTest, ShowsTheOptionsAndCorrectsForeignValues)
     env.state.DocumentFormat = row.format;
     WelcomeForm& welcome = Open();
 
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelConversionMethod").text(), Pick(row.methodText, row.methodTextJa));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelDocumentType").text(), Pick(row.typeText, row.typeTextJa));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelImageFormat").text(), QString::fromUtf8(row.imageText));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelImageQuality").text(), QString::fromUtf8(row.qualityText));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelOutputFormat").text(), QString::fromUtf8(row.formatText));
+    EXPECT_EQ(Control<QLabel>(welcome, "LabelConversionMethod").text(),
+              Pick(row.methodText, row.methodTextJa));
+    EXPECT_EQ(Control<QLabel>(welcome, "LabelDocumentType").text(),
+              Pick(row.typeText, row.typeTextJa));
+    EXPECT_EQ(Control<QLabel>(welcome, "LabelImageFormat").text(),
+              QString::fromUtf8(row.imageText));
+    EXPECT_EQ(Control<QLabel>(welcome, "LabelImageQuality").text(),
+              QString::fromUtf8(row.qualityText));
+    EXPECT_EQ(Control<QLabel>(welcome, "LabelOutputFormat").text(),
+              QString::fromUtf8(row.formatText));
     EXPECT_EQ(env.state.ConversionMethod, row.methodAfter);
     EXPECT_EQ(env.state.DocumentType, row.typeAfter);
     EXPECT_EQ(env.state.ImageFormat, row.imageAfter);
@@ -155,7 +159,8 @@ INSTANTIATE_TEST_SUITE_P(
         SummaryRow{7, 0, 5, 9, "Exact Placement using Text Boxes", "テキストボックスを使った配置",
                    "Multi-Column PDF", "複数段の段組を含むPDF", "JPEG", "85 %", ".RTF", 2, 2, 0, 2},
         SummaryRow{-1, 4, -3, 0, "Exact Placement using Text Boxes", "テキストボックスを使った配置",
-                   "Multi-Column PDF", "複数段の段組を含むPDF", "JPEG", "85 %", ".RTF", 2, 2, 0, 2}));
+                   "Multi-Column PDF", "複数段の段組を含むPDF", "JPEG", "85 %", ".RTF", 2, 2, 0,
+                   2}));
 
 TEST_F(WelcomeFormTest, OptionsOnlyFaceEditsTheStoredOptions)
 {
@@ -182,7 +187,8 @@ TEST_F(WelcomeFormTest, ConvertFaceShowsThePreviewAreaAndSelectsAllPagesOnce)
     EXPECT_FALSE(Control<QCheckBox>(welcome, "CheckPreview").isVisible());
     EXPECT_TRUE(Control<QComboBox>(welcome, "ComboPageRange").isVisible());
     EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").currentIndex(), 0);
-    EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").itemText(1), Pick("Specify", "範囲指定"));
+    EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").itemText(1),
+              Pick("Specify", "範囲指定"));
     EXPECT_EQ(flow.pageRangeIndexes, QList<int>{0});
     EXPECT_TRUE(Control<QPushButton>(welcome, "ButtonCancel").isEnabled());
     EXPECT_EQ(Control<QPushButton>(welcome, "ButtonConvert").text(), Pick("&Convert", "変換(&C)"));
@@ -223,9 +229,8 @@ TEST_F(WelcomeFormTest, ChecksAreTickedFromTheFieldsButNeverUnticked)
 
     // The user ticks the box; the next activation finds the field still 0 and leaves it ticked.
     previewCheck.setChecked(true);
-    WhenModalAppears(QStringLiteral("OtherOptionsForm"), [this](QWidget& page) {
-        runtime.Unload(static_cast<Form&>(page));
-    });
+    WhenModalAppears(QStringLiteral("OtherOptionsForm"),
+                     [this](QWidget& page) { runtime.Unload(static_cast<Form&>(page)); });
     runtime.ShowModal(forms.OtherOptions(), &welcome);
     EXPECT_TRUE(previewCheck.isChecked());
     EXPECT_EQ(env.state.PreviewThumb, 0);
@@ -238,16 +243,14 @@ TEST_F(WelcomeFormTest, AdvancedOptionsReticksTheOpenCheckButEditOptionsKeepsThe
     ASSERT_TRUE(openCheck.isChecked());
 
     openCheck.setChecked(false);
-    WhenModalAppears(QStringLiteral("OtherOptionsForm"), [this](QWidget& page) {
-        runtime.Unload(static_cast<Form&>(page));
-    });
+    WhenModalAppears(QStringLiteral("OtherOptionsForm"),
+                     [this](QWidget& page) { runtime.Unload(static_cast<Form&>(page)); });
     QMetaObject::invokeMethod(&Control<QLabel>(welcome, "LabelAdvancedOption"), "clicked");
     EXPECT_TRUE(openCheck.isChecked()) << "LaunchWord still held 1";
 
     openCheck.setChecked(false);
-    WhenModalAppears(QStringLiteral("DocumentTypeForm"), [this](QWidget& page) {
-        runtime.Unload(static_cast<Form&>(page));
-    });
+    WhenModalAppears(QStringLiteral("DocumentTypeForm"),
+                     [this](QWidget& page) { runtime.Unload(static_cast<Form&>(page)); });
     Control<QPushButton>(welcome, "ButtonEditOptions").click();
     EXPECT_FALSE(openCheck.isChecked());
     EXPECT_EQ(env.state.LaunchWord, 0);
@@ -265,7 +268,9 @@ TEST_F(WelcomeFormTest, DoneSavesTheOptionsAndEndsTheRun)
     EXPECT_TRUE(runtime.LoadedForms().isEmpty());
     EXPECT_EQ(env.state.PreviewThumb, 0);
     EXPECT_EQ(env.store.values.value(QStringLiteral("RTF/PreviewThumb")).toInt(), 0);
-    EXPECT_TRUE(env.store.values.value(QStringLiteral("VOREK - RTF")).toString().startsWith(QStringLiteral("<?XML")));
+    EXPECT_TRUE(env.store.values.value(QStringLiteral("VOREK - RTF"))
+                    .toString()
+                    .startsWith(QStringLiteral("<?XML")));
     EXPECT_TRUE(flow.conversionsWhileHidden.isEmpty());
 }
 
@@ -333,8 +338,9 @@ TEST_F(WelcomeFormTest, UnloadSweepsTheTemporaryFiles)
 TEST_F(WelcomeFormTest, PreviewAreaStandsAtItsTwipPositions)
 {
     WelcomeForm& welcome = Open();
-    EXPECT_EQ(welcome.FramePreview().geometry(), QRect(welcome.TwipsToPixelsX(120), welcome.TwipsToPixelsY(120),
-                                                       welcome.TwipsToPixelsX(4455), welcome.TwipsToPixelsY(3375)));
+    EXPECT_EQ(welcome.FramePreview().geometry(),
+              QRect(welcome.TwipsToPixelsX(120), welcome.TwipsToPixelsY(120),
+                    welcome.TwipsToPixelsX(4455), welcome.TwipsToPixelsY(3375)));
     EXPECT_EQ(welcome.Picture2().geometry().topLeft(),
               QPoint(welcome.TwipsToPixelsX(240), welcome.TwipsToPixelsY(360)));
     EXPECT_EQ(welcome.PictureThumb().parentWidget(), &welcome.Picture2());
