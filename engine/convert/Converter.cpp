@@ -94,6 +94,7 @@ public:
         RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
         for (int index = first; index <= last; ++index) {
             PageContent page = takePage(index);
+            m_anything = m_anything || !page.lines.empty() || !page.pictures.empty();
             writePage(writer, page, index, index == first);
             if (std::fwrite(writer.out().data(), 1, writer.out().size(), body.get()) !=
                 writer.out().size())
@@ -103,6 +104,9 @@ public:
                 progress(index - first + 1, last - first + 1);
         }
 
+        // A damaged file that MuPDF patched up but that gave nothing at all is no result.
+        if (!m_anything && m_pdf.wasRepaired())
+            throw ConversionError("the PDF is damaged and nothing in it could be read");
         sink(documentHead());
         std::rewind(body.get());
         std::string chunk(1 << 16, '\0');
@@ -513,6 +517,7 @@ private:
     std::vector<std::pair<int, PageContent>> m_cache;
     std::string m_header;
     std::string m_footer;
+    bool m_anything = false;
     bool m_headerWritten = false;
     bool m_footerWritten = false;
     std::optional<float> m_headerTop;

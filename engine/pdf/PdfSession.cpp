@@ -403,7 +403,25 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                 content.lines.push_back(std::move(out));
         }
     }
+    // Each glyph learns the web link it lies in, so the writer can wrap it in a field.
+    if (!content.links.empty()) {
+        for (TextLine& line : content.lines) {
+            for (Glyph& glyph : line.glyphs) {
+                for (std::size_t i = 0; i < content.links.size(); ++i) {
+                    if (content.links[i].box.contains(glyph.box.centreX(), glyph.box.centreY())) {
+                        glyph.link = static_cast<int>(i);
+                        break;
+                    }
+                }
+            }
+        }
+    }
     return content;
+}
+
+bool PdfSession::wasRepaired() const
+{
+    return m_impl->doc && pdf_was_repaired(m_impl->ctx, m_impl->doc);
 }
 
 std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)

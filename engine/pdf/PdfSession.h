@@ -65,6 +65,8 @@ public:
     // The page as a 24-bit Windows bitmap file at `dpi` dots per inch.
     std::vector<uint8_t> renderBmp(int index, int dpi);
 
+    // True when MuPDF had to rebuild a damaged file's structure to read it.
+    bool wasRepaired() const;
     const std::string& lastError() const { return m_lastError; }
     std::size_t peakMemory() const;
 

@@ -1,0 +1,100 @@
+#include "EngineRunSupport.h"
+
+#include "TestPaths.h"
+#include "options/OptionsDocument.h"
+#include "platform/SettingsShell.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+namespace enginetest {
+
+void StoreOptions(const std::function<void(RunState&)>& edit)
+{
+    RunState state;
+    state.AdjustFontNames = 1;
+    state.AdjustSpacing = 1;
+    state.ConversionMethod = 2;
+    state.DetectHeader = 1;
+    state.DocumentType = 2;
+    state.JpegQuality = 85;
+    state.MergeParagraph = 1;
+    state.MergeText = 1;
+    state.PreserveTextPosition = 1;
+    state.ShrinkFonts = 1;
+    state.ZoomDpi = 96;
+    if (edit)
+        edit(state);
+    const auto shell = QSettingsShellFactory()();
+    ASSERT_TRUE(shell);
+    ASSERT_TRUE(shell->RegWrite(SettingsNames::OptionsDocument, BuildOptionsDocument(state)));
+}
+
+EngineResult RunEngine(const QStringList& arguments, int timeoutMs)
+{
+    EngineResult result;
+    QProcess process;
+    QElapsedTimer timer;
+    timer.start();
+    process.start(QStringLiteral(VELMORA_APP_DIR "/VelmoraConverter"), arguments);
+    result.finished = process.waitForStarted(10000) && process.waitForFinished(timeoutMs);
+    if (!result.finished) {
+        process.kill();
+        process.waitForFinished(5000);
+    }
+    result.milliseconds = timer.elapsed();
+    result.crashed = process.exitStatus() == QProcess::CrashExit;
+    result.exitCode = process.exitCode();
+    result.out = process.readAllStandardOutput();
+    result.err = process.readAllStandardError();
+    return result;
+}
+
+velmora::fixtures::Fixture StandardFixture(const std::string& name)
+{
+    for (auto& fixture : velmora::fixtures::StandardFixtures()) {
+        if (fixture.name == name)
+            return fixture;
+    }
+    ADD_FAILURE() << "no fixture " << name;
+    return {};
+}
+
+QByteArray RawPdf(const std::vector<QByteArray>& objects)
+{
+    QByteArray pdf = "%PDF-1.7\n";
+    std::vector<qsizetype> offsets;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        offsets.push_back(pdf.size());
+        pdf += QByteArray::number(static_cast<qulonglong>(i + 1)) + " 0 obj\n" + objects[i] +
+               "\nendobj\n";
+    }
+    const qsizetype xref = pdf.size();
+    pdf += "xref\n0 " + QByteArray::number(static_cast<qulonglong>(objects.size() + 1)) +
+           "\n0000000000 65535 f \n";
+    for (qsizetype offset : offsets)
+        pdf += QByteArray::number(offset).rightJustified(10, '0') + " 00000 n \n";
+    pdf += "trailer\n<< /Size " + QByteArray::number(static_cast<qulonglong>(objects.size() + 1)) +
+           " /Root 1 0 R >>\nstartxref\n" + QByteArray::number(xref) + "\n%%EOF\n";
+    return pdf;
+}
+
+QByteArray ReadFile(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll();
+}
+
+void WriteFile(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+}  // namespace enginetest

@@ -1,0 +1,42 @@
+#pragma once
+
+// Running the built engine as the front end does, with the options in the test's private
+// settings store, on PDFs the test writes.
+
+#include "PdfFixtures.h"
+#include "run/RunState.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <functional>
+#include <string>
+
+namespace enginetest {
+
+struct EngineResult
+{
+    int exitCode = -1;
+    bool crashed = false;
+    bool finished = false;
+    qint64 milliseconds = 0;
+    QByteArray out;
+    QByteArray err;
+};
+
+// The options of a first start, changed by `edit`, stored where the engine reads them.
+void StoreOptions(const std::function<void(RunState&)>& edit = {});
+
+EngineResult RunEngine(const QStringList& arguments, int timeoutMs = 60000);
+
+// A fixture by name from the standard set.
+velmora::fixtures::Fixture StandardFixture(const std::string& name);
+
+// A PDF from its numbered objects' bodies ("<< /Type /Catalog ... >>"), with a correct
+// cross-reference table; object 1 is the catalogue.
+QByteArray RawPdf(const std::vector<QByteArray>& objects);
+
+QByteArray ReadFile(const QString& path);
+void WriteFile(const QString& path, const QByteArray& bytes);
+
+}  // namespace enginetest
