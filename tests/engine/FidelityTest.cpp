@@ -1,0 +1,202 @@
+// The engine's documents as a word processor reads them: every generated PDF converted with
+// each method, opened by LibreOffice headless, and its words compared with the known text.
+
+#include "EngineRunSupport.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+using namespace enginetest;
+
+namespace {
+
+QStringList Words(const QString& text)
+{
+    QStringList words;
+    for (QString word :
+         text.split(QRegularExpression(QStringLiteral("\\s+")), Qt::SkipEmptyParts)) {
+        word = word.toLower();
+        word.remove(QRegularExpression(QStringLiteral("[\\p{P}\\p{S}\\x{feff}]")));
+        if (!word.isEmpty())
+            words.push_back(word);
+    }
+    return words;
+}
+
+// The share of the expected words found in the output, each counted as often as it occurs.
+double Recall(const QStringList& expected, const QStringList& actual)
+{
+    std::map<QString, int> available;
+    for (const QString& word : actual)
+        ++available[word];
+    int found = 0;
+    for (const QString& word : expected) {
+        if (available[word] > 0) {
+            --available[word];
+            ++found;
+        }
+    }
+    return expected.isEmpty() ? 1
+                              : static_cast<double>(found) / static_cast<double>(expected.size());
+}
+
+// 1 - the edit distance over words, divided by the longer sequence.
+double OrderMatch(const QStringList& expected, const QStringList& actual)
+{
+    const auto n = static_cast<std::size_t>(expected.size());
+    const auto m = static_cast<std::size_t>(actual.size());
+    std::vector<std::size_t> previous(m + 1);
+    std::vector<std::size_t> current(m + 1);
+    for (std::size_t j = 0; j <= m; ++j)
+        previous[j] = j;
+    for (std::size_t i = 1; i <= n; ++i) {
+        current[0] = i;
+        for (std::size_t j = 1; j <= m; ++j) {
+            const std::size_t substitution =
+                previous[j - 1] +
+                (expected[static_cast<qsizetype>(i - 1)] == actual[static_cast<qsizetype>(j - 1)]
+                     ? 0
+                     : 1);
+            current[j] = std::min({previous[j] + 1, current[j - 1] + 1, substitution});
+        }
+        std::swap(previous, current);
+    }
+    const std::size_t longer = std::max<std::size_t>({n, m, 1});
+    return 1.0 - static_cast<double>(previous[m]) / static_cast<double>(longer);
+}
+
+bool RunOffice(const QString& profile, const QString& format, const QString& outDir,
+               const QStringList& files)
+{
+    QProcess office;
+    QStringList args{"-env:UserInstallation=file://" + profile,
+                     "--headless",
+                     "--norestore",
+                     "--convert-to",
+                     format,
+                     "--outdir",
+                     outDir};
+    args += files;
+    office.start(QStandardPaths::findExecutable("soffice"), args);
+    return office.waitForStarted(30000) && office.waitForFinished(600000) && office.exitCode() == 0;
+}
+
+// The text of a flat word-processor document's body, frames included.
+QString FlatText(const QString& path)
+{
+    QString xml = QString::fromUtf8(ReadFile(path));
+    xml.remove(QRegularExpression("<office:binary-data>[^<]*</office:binary-data>"));
+    xml.remove(QRegularExpression("<office:(font-face-decls|styles|automatic-styles|master-styles|"
+                                  "meta|settings)>.*</office:\\1>",
+                                  QRegularExpression::DotMatchesEverythingOption));
+    xml.replace(QRegularExpression("<[^>]*>"), " ");
+    return xml;
+}
+
+struct Case
+{
+    std::string fixture;
+    int method;
+    int documentType;
+};
+
+}  // namespace
+
+TEST(Fidelity, WordsPicturesLinksAndOrderSurviveAWordProcessor)
+{
+    if (QStandardPaths::findExecutable("soffice").isEmpty() ||
+        QStandardPaths::findExecutable("unzip").isEmpty())
+        GTEST_SKIP() << "LibreOffice (soffice) and unzip are needed";
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+
+    std::map<std::string, velmora::fixtures::Fixture> fixtures;
+    for (auto& fixture : velmora::fixtures::StandardFixtures()) {
+        velmora::fixtures::WritePdf(
+            dir.filePath(QString::fromStdString(fixture.name) + ".pdf").toStdString(),
+            fixture.pages, fixture.password);
+        fixtures[fixture.name] = fixture;
+    }
+
+    std::vector<Case> cases;
+    for (const auto& [name, fixture] : fixtures) {
+        for (int method : {1, 2, 3})
+            cases.push_back({name, method, name == "pleading" ? 3 : 2});
+    }
+    QStringList textFiles;
+    QStringList odtFiles;
+    for (const Case& c : cases) {
+        const auto& fixture = fixtures[c.fixture];
+        StoreOptions([&](RunState& s) {
+            s.ConversionMethod = static_cast<qint16>(c.method);
+            s.DocumentType = static_cast<qint16>(c.documentType);
+            s.Passwords = QString::fromStdString(fixture.password);
+            s.PasswordLen =
+                static_cast<qint16>(fixture.password.empty() ? 0 : fixture.password.size() + 1);
+            s.PasswordSeparator = 44;
+        });
+        const QString rtf =
+            dir.filePath(QString("%1-%2.rtf").arg(QString::fromStdString(c.fixture)).arg(c.method));
+        const EngineResult result =
+            RunEngine({dir.filePath(QString::fromStdString(c.fixture) + ".pdf"), rtf, "-C", "-H"});
+        ASSERT_EQ(result.exitCode, 0)
+            << c.fixture << " " << c.method << ": " << result.err.toStdString();
+        const std::string body = ReadFile(rtf).toStdString();
+        std::size_t pictures = 0;
+        for (std::size_t at = body.find("{\\pict"); at != std::string::npos;
+             at = body.find("{\\pict", at + 1))
+            ++pictures;
+        EXPECT_EQ(pictures, static_cast<std::size_t>(fixture.images))
+            << c.fixture << " " << c.method;
+        // Frames don't reach LibreOffice's plain-text export, so method 2 is read from its
+        // own flat file format.
+        (c.method == 2 ? odtFiles : textFiles).push_back(rtf);
+    }
+    odtFiles += dir.filePath("pictures-3.rtf");
+    odtFiles += dir.filePath("links-3.rtf");
+    const QString profile = dir.filePath("office-profile");
+    const QString out = dir.filePath("office");
+    ASSERT_TRUE(RunOffice(profile, "txt:Text (encoded):UTF8", out, textFiles));
+    ASSERT_TRUE(RunOffice(profile, "fodt", out, odtFiles));
+
+    for (const Case& c : cases) {
+        const auto& fixture = fixtures[c.fixture];
+        const QString stem =
+            QString("%1/%2-%3").arg(out, QString::fromStdString(c.fixture)).arg(c.method);
+        const QString text =
+            c.method == 2 ? FlatText(stem + ".fodt") : QString::fromUtf8(ReadFile(stem + ".txt"));
+        const QStringList expected = Words(QString::fromStdString(fixture.bodyText));
+        const QStringList actual = Words(text);
+        const std::string label = c.fixture + " with method " + std::to_string(c.method);
+        const double recall = Recall(expected, actual);
+        const double order = OrderMatch(expected, actual);
+        std::printf("%-28s recall %.4f  order %.4f\n", label.c_str(), recall, order);
+        EXPECT_GE(recall, 0.99) << label << "\n" << text.left(2000).toStdString();
+        if (c.fixture == "article" && c.method != 2) {
+            EXPECT_GE(order, 0.95) << label;
+        }
+        if (c.fixture == "japanese") {
+            EXPECT_TRUE(text.contains(QString::fromUtf8("東京都の天気は晴れ"))) << label;
+        }
+        if (c.fixture == "pleading" && c.method != 2) {
+            for (const QString& word : actual)
+                EXPECT_FALSE(QRegularExpression("^\\d+$").match(word).hasMatch())
+                    << label << ": " << word.toStdString();
+        }
+    }
+
+    const QString pictures = QString::fromUtf8(ReadFile(out + "/pictures-3.fodt"));
+    EXPECT_EQ(pictures.count("<draw:image"), 2);
+    const QString links = QString::fromUtf8(ReadFile(out + "/links-3.fodt"));
+    EXPECT_TRUE(links.contains("xlink:href=\"https://example.com/guide\""));
+    EXPECT_TRUE(links.contains("xlink:href=\"mailto:office@example.com\""));
+}
