@@ -147,6 +147,7 @@ OpenStatus PdfSession::open(const std::string& path, const std::vector<std::stri
 {
     fz_context* ctx = m_impl->ctx;
     pdf_document* doc = nullptr;
+    fz_var(doc);
     fz_try(ctx)
     {
         doc = pdf_open_document(ctx, path.c_str());
@@ -174,6 +175,7 @@ OpenStatus PdfSession::openMemory(const uint8_t* data, std::size_t size,
     fz_context* ctx = m_impl->ctx;
     pdf_document* doc = nullptr;
     fz_stream* stream = nullptr;
+    fz_var(doc);
     fz_var(stream);
     fz_try(ctx)
     {
@@ -223,23 +225,15 @@ int PdfSession::pageCount()
 
 namespace {
 
-// Decodes one picture at no more than the resolution it needs and encodes it for the
-// document. MuPDF errors (a damaged stream, the memory ceiling) drop this one picture only.
-bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
-                   const PictureOptions& options, Picture& out)
+// The picture as 8-bit RGB, decoded at about the size `wanted` asks for. Null when MuPDF
+// fails; `memory` tells whether it failed for want of memory.
+fz_pixmap* decodeRgb(fz_context* ctx, fz_image* image, fz_matrix wanted, bool& memory,
+                     std::string& message)
 {
-    const fz_rect box = fz_transform_rect(fz_unit_rect, transform);
-    const float widthPt = box.x1 - box.x0;
-    const float heightPt = box.y1 - box.y0;
-    if (!(widthPt > 0.5f) || !(heightPt > 0.5f))
-        return false;
-    const float scale = static_cast<float>(options.maxDpi) / 72.0f;
-    fz_matrix wanted = fz_scale(widthPt * scale, heightPt * scale);
     fz_pixmap* source = nullptr;
     fz_pixmap* rgb = nullptr;
     fz_var(source);
     fz_var(rgb);
-    bool failed = false;
     fz_try(ctx)
     {
         int w = 0;
@@ -259,7 +253,7 @@ bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
                     source->samples + static_cast<std::ptrdiff_t>(y) * source->stride;
                 unsigned char* d = rgb->samples + static_cast<std::ptrdiff_t>(y) * rgb->stride;
                 for (int x = 0; x < source->w; ++x) {
-                    const unsigned char v = static_cast<unsigned char>(255 - s[x * source->n]);
+                    const auto v = static_cast<unsigned char>(255 - s[x * source->n]);
                     d[3 * x] = d[3 * x + 1] = d[3 * x + 2] = v;
                 }
             }
@@ -271,12 +265,31 @@ bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
     }
     fz_catch(ctx)
     {
-        failed = true;
+        memory = fz_caught(ctx) == FZ_ERROR_MEMORY;
+        message = fz_caught_message(ctx);
+        return nullptr;
     }
-    if (failed) {
-        // Hitting the memory ceiling ends the run; a merely damaged picture is left out.
-        if (fz_caught(ctx) == FZ_ERROR_MEMORY)
-            throw PdfError(std::string("picture too large: ") + fz_caught_message(ctx));
+    return rgb;
+}
+
+// Decodes one picture at no more than the resolution it needs and encodes it for the
+// document. A damaged picture is left out; the memory ceiling ends the run.
+bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
+                   const PictureOptions& options, Picture& out)
+{
+    const fz_rect box = fz_transform_rect(fz_unit_rect, transform);
+    const float widthPt = box.x1 - box.x0;
+    const float heightPt = box.y1 - box.y0;
+    if (!(widthPt > 0.5f) || !(heightPt > 0.5f))
+        return false;
+    const float scale = static_cast<float>(options.maxDpi) / 72.0f;
+    bool memory = false;
+    std::string message;
+    fz_pixmap* rgb =
+        decodeRgb(ctx, image, fz_scale(widthPt * scale, heightPt * scale), memory, message);
+    if (!rgb) {
+        if (memory)
+            throw PdfError("picture too large: " + message);
         return false;
     }
     // A pixmap converted with alpha dropped has three components per pixel.
@@ -305,6 +318,39 @@ bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
     return ok;
 }
 
+// Dropped on every way out, also when a picture throws halfway through the page.
+struct PageResources
+{
+    fz_context* ctx;
+    fz_page* page = nullptr;
+    fz_stext_page* text = nullptr;
+    fz_link* links = nullptr;
+    ~PageResources()
+    {
+        fz_drop_link(ctx, links);
+        fz_drop_stext_page(ctx, text);
+        fz_drop_page(ctx, page);
+    }
+};
+
+void loadPage(fz_context* ctx, fz_document* doc, int index, bool withPictures, PageResources& held,
+              fz_rect& bounds)
+{
+    fz_try(ctx)
+    {
+        held.page = fz_load_page(ctx, doc, index);
+        bounds = fz_bound_page(ctx, held.page);
+        fz_stext_options options{};
+        options.flags = FZ_STEXT_MEDIABOX_CLIP | (withPictures ? FZ_STEXT_PRESERVE_IMAGES : 0);
+        held.text = fz_new_stext_page_from_page(ctx, held.page, &options);
+        held.links = fz_load_links(ctx, held.page);
+    }
+    fz_catch(ctx)
+    {
+        throw PdfError(fz_caught_message(ctx));
+    }
+}
+
 }  // namespace
 
 PageContent PdfSession::readPage(int index, const PictureOptions& pictures, FontTable& fonts)
@@ -312,37 +358,9 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
     fz_context* ctx = m_impl->ctx;
     if (!m_impl->doc)
         throw PdfError("no document is open");
-    // Dropped on every way out, also when a picture throws halfway through the page.
-    struct PageResources
-    {
-        fz_context* ctx;
-        fz_page* page = nullptr;
-        fz_stext_page* text = nullptr;
-        fz_link* links = nullptr;
-        ~PageResources()
-        {
-            fz_drop_link(ctx, links);
-            fz_drop_stext_page(ctx, text);
-            fz_drop_page(ctx, page);
-        }
-    } held{ctx};
+    PageResources held{ctx};
     fz_rect bounds = fz_empty_rect;
-    bool failed = false;
-    fz_try(ctx)
-    {
-        held.page = fz_load_page(ctx, &m_impl->doc->super, index);
-        bounds = fz_bound_page(ctx, held.page);
-        fz_stext_options options{};
-        options.flags = FZ_STEXT_MEDIABOX_CLIP | (pictures.extract ? FZ_STEXT_PRESERVE_IMAGES : 0);
-        held.text = fz_new_stext_page_from_page(ctx, held.page, &options);
-        held.links = fz_load_links(ctx, held.page);
-    }
-    fz_catch(ctx)
-    {
-        failed = true;
-    }
-    if (failed)
-        throw PdfError(fz_caught_message(ctx));
+    loadPage(ctx, &m_impl->doc->super, index, pictures.extract, held, bounds);
     fz_stext_page* text = held.text;
     fz_link* links = held.links;
 
