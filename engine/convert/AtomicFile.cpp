@@ -11,7 +11,8 @@
 
 namespace velmora {
 
-AtomicFile::AtomicFile(std::string target) : m_target(std::move(target))
+AtomicFile::AtomicFile(std::string target, bool durable)
+    : m_target(std::move(target)), m_durable(durable)
 {
 }
 
@@ -75,7 +76,7 @@ bool AtomicFile::commit()
         discard();
         return false;
     }
-    const bool flushed = std::fflush(m_file) == 0 && ::fsync(::fileno(m_file)) == 0;
+    const bool flushed = std::fflush(m_file) == 0 && (!m_durable || ::fsync(::fileno(m_file)) == 0);
     const bool closed = std::fclose(m_file) == 0;
     m_file = nullptr;
     if (!flushed || !closed || ::rename(m_temporary.c_str(), m_target.c_str()) != 0) {
@@ -84,6 +85,8 @@ bool AtomicFile::commit()
         return false;
     }
     m_temporary.clear();
+    if (!m_durable)
+        return true;
     // The rename itself is only durable once the folder is synced.
     const std::size_t slash = m_target.find_last_of('/');
     const std::string folder =

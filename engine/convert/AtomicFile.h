@@ -13,7 +13,9 @@ namespace velmora {
 class AtomicFile final
 {
 public:
-    explicit AtomicFile(std::string target);
+    // `durable` also syncs the file and its folder to disk before and after the rename; a
+    // preview picture that only lives for the run doesn't need it.
+    explicit AtomicFile(std::string target, bool durable = true);
     ~AtomicFile();
     AtomicFile(const AtomicFile&) = delete;
     AtomicFile& operator=(const AtomicFile&) = delete;
@@ -32,6 +34,7 @@ private:
     std::string m_target;
     std::string m_temporary;
     std::FILE* m_file = nullptr;
+    bool m_durable = true;
     bool m_failed = false;
     std::string m_error;
 };

@@ -596,7 +596,7 @@ void WritePagePictures(PdfSession& pdf, const EngineOptions& options, const std:
         } catch (const PdfError& error) {
             throw ConversionError("page " + std::to_string(index + 1) + ": " + error.what());
         }
-        AtomicFile file(stem + "_" + std::to_string(index - first + 1) + ".bmp");
+        AtomicFile file(stem + "_" + std::to_string(index - first + 1) + ".bmp", false);
         if (!file.open() || !file.write(bmp.data(), bmp.size()) || !file.commit())
             throw ConversionError(file.error());
     }
