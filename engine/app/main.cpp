@@ -8,12 +8,31 @@
 
 #include <QString>
 
+#include <algorithm>
+
+#include <csignal>
 #include <cstdio>
 #include <exception>
+
+#include <unistd.h>
 
 namespace {
 
 enum ExitCode { Success = 0, Failed = 1, Usage = 2, Password = 3 };
+
+// A hostile file may make MuPDF work for ever; past this budget the page being read stops.
+velmora::PdfSession* g_session = nullptr;
+
+void onAlarm(int)
+{
+    if (g_session)
+        g_session->abortWork();
+}
+
+unsigned TimeBudgetSeconds(int pages)
+{
+    return 60u + static_cast<unsigned>(std::max(pages, 0));
+}
 
 int fail(int code, const std::string& reason)
 {
@@ -42,6 +61,13 @@ int main(int argc, char** argv)
         case velmora::OpenStatus::Opened:
             break;
         }
+        g_session = &pdf;
+        struct sigaction action
+        {
+        };
+        action.sa_handler = onAlarm;
+        sigaction(SIGALRM, &action, nullptr);
+        alarm(TimeBudgetSeconds(pdf.pageCount()));
         if (line->pictures || options.extractToBmp)
             velmora::WritePagePictures(pdf, options, velmora::PictureStem(line->target));
         if (!line->pictures) {

@@ -114,6 +114,7 @@ struct PdfSession::Impl
     fz_alloc_context alloc{};
     fz_context* ctx = nullptr;
     pdf_document* doc = nullptr;
+    fz_cookie cookie{};
 
     ~Impl()
     {
@@ -334,21 +335,32 @@ struct PageResources
 };
 
 void loadPage(fz_context* ctx, fz_document* doc, int index, bool withPictures, PageResources& held,
-              fz_rect& bounds)
+              fz_rect& bounds, fz_cookie* cookie)
 {
+    fz_device* device = nullptr;
+    fz_var(device);
     fz_try(ctx)
     {
         held.page = fz_load_page(ctx, doc, index);
         bounds = fz_bound_page(ctx, held.page);
         fz_stext_options options{};
         options.flags = FZ_STEXT_MEDIABOX_CLIP | (withPictures ? FZ_STEXT_PRESERVE_IMAGES : 0);
-        held.text = fz_new_stext_page_from_page(ctx, held.page, &options);
+        held.text = fz_new_stext_page(ctx, bounds);
+        device = fz_new_stext_device(ctx, held.text, &options);
+        fz_run_page(ctx, held.page, device, fz_identity, cookie);
+        fz_close_device(ctx, device);
         held.links = fz_load_links(ctx, held.page);
+    }
+    fz_always(ctx)
+    {
+        fz_drop_device(ctx, device);
     }
     fz_catch(ctx)
     {
         throw PdfError(fz_caught_message(ctx));
     }
+    if (cookie->abort)
+        throw PdfError("stopped: the document takes too long to read");
 }
 
 }  // namespace
@@ -360,7 +372,7 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
         throw PdfError("no document is open");
     PageResources held{ctx};
     fz_rect bounds = fz_empty_rect;
-    loadPage(ctx, &m_impl->doc->super, index, pictures.extract, held, bounds);
+    loadPage(ctx, &m_impl->doc->super, index, pictures.extract, held, bounds, &m_impl->cookie);
     fz_stext_page* text = held.text;
     fz_link* links = held.links;
 
@@ -447,25 +459,45 @@ std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)
     fz_context* ctx = m_impl->ctx;
     if (!m_impl->doc)
         throw PdfError("no document is open");
+    PageResources held{ctx};
     fz_pixmap* pixmap = nullptr;
+    fz_device* device = nullptr;
     fz_var(pixmap);
-    bool failed = false;
+    fz_var(device);
     const float zoom = static_cast<float>(dpi) / 72.0f;
     fz_try(ctx)
     {
-        pixmap = fz_new_pixmap_from_page_number(ctx, &m_impl->doc->super, index,
-                                                fz_scale(zoom, zoom), fz_device_rgb(ctx), 0);
+        held.page = fz_load_page(ctx, &m_impl->doc->super, index);
+        const fz_matrix ctm = fz_scale(zoom, zoom);
+        const fz_irect box = fz_round_rect(fz_transform_rect(fz_bound_page(ctx, held.page), ctm));
+        pixmap = fz_new_pixmap_with_bbox(ctx, fz_device_rgb(ctx), box, nullptr, 0);
+        fz_clear_pixmap_with_value(ctx, pixmap, 255);
+        device = fz_new_draw_device(ctx, fz_identity, pixmap);
+        fz_run_page(ctx, held.page, device, ctm, &m_impl->cookie);
+        fz_close_device(ctx, device);
+    }
+    fz_always(ctx)
+    {
+        fz_drop_device(ctx, device);
     }
     fz_catch(ctx)
     {
-        failed = true;
-    }
-    if (failed)
+        fz_drop_pixmap(ctx, pixmap);
         throw PdfError(fz_caught_message(ctx));
+    }
+    if (m_impl->cookie.abort) {
+        fz_drop_pixmap(ctx, pixmap);
+        throw PdfError("stopped: the document takes too long to read");
+    }
     std::vector<uint8_t> bmp =
         EncodeBmpFile(pixmap->samples, pixmap->w, pixmap->h, static_cast<int>(pixmap->stride));
     fz_drop_pixmap(ctx, pixmap);
     return bmp;
+}
+
+void PdfSession::abortWork() noexcept
+{
+    m_impl->cookie.abort = 1;
 }
 
 }  // namespace velmora

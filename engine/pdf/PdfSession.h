@@ -65,6 +65,9 @@ public:
     // The page as a 24-bit Windows bitmap file at `dpi` dots per inch.
     std::vector<uint8_t> renderBmp(int index, int dpi);
 
+    // Makes the page being read or drawn, and every later one, stop with a PdfError. Safe to
+    // call from a signal handler.
+    void abortWork() noexcept;
     // True when MuPDF had to rebuild a damaged file's structure to read it.
     bool wasRepaired() const;
     const std::string& lastError() const { return m_lastError; }
