@@ -33,18 +33,32 @@ struct Section
     float bottom = 72;
 };
 
-// Room the text of a block needs in a word processor's font, by a typical glyph width.
+// Room the text of a block needs in a word processor's font: the PDF's own advances, with a
+// margin for a substitute font's wider letters. Blanks the layout added have no width of their
+// own and count as a word space.
 float estimatedWidth(const std::vector<Glyph>& glyphs, float scale)
+{
+    constexpr float SubstituteMargin = 1.04f;
+    float width = 0;
+    for (const Glyph& glyph : glyphs) {
+        if (glyph.c == '\t')
+            continue;
+        const float advance = glyph.box.width();
+        width += advance > 0 ? advance : glyph.size * 0.25f;
+    }
+    return width * scale * SubstituteMargin;
+}
+
+// The length of text along its own baseline, from typical glyph widths: rotated glyphs' boxes
+// don't tell their advances.
+float nominalWidth(const std::vector<Glyph>& glyphs)
 {
     float width = 0;
     for (const Glyph& glyph : glyphs) {
-        const float em = glyph.size * scale;
-        if (CharsetFor(glyph.c) == 128 || CharsetFor(glyph.c) == 129)
-            width += em;
-        else if (glyph.c == ' ')
-            width += em * 0.28f;
-        else
-            width += em * 0.47f;
+        const int charset = CharsetFor(glyph.c);
+        width += glyph.size * (charset == 128 || charset == 129 ? 1.0f
+                               : glyph.c == ' '                 ? 0.28f
+                                                                : 0.55f);
     }
     return width;
 }
@@ -321,7 +335,7 @@ private:
     void writeRotatedShape(RtfWriter& writer, const Block& block, bool onPage)
     {
         std::string& out = writer.out();
-        const float length = std::max(estimatedWidth(block.text, 1), block.size);
+        const float length = std::max(nominalWidth(block.text), block.size);
         const float thickness = block.size * 1.6f;
         const float cx = block.box.centreX();
         const float cy = block.box.centreY();

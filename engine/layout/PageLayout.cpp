@@ -117,6 +117,39 @@ bool isBold(const Block& block, const std::vector<FontFace>* fonts)
     return total > 0 && bold == total;
 }
 
+// A line that opens with a bullet or an enumerator ("3.", "b)", "(iv)") starts an item.
+bool startsItem(const Line& line)
+{
+    std::size_t i = 0;
+    while (i < line.glyphs.size() && isSpace(line.glyphs[i].c))
+        ++i;
+    if (i >= line.glyphs.size())
+        return false;
+    const char32_t first = line.glyphs[i].c;
+    for (char32_t bullet : {U'\u2022', U'\u25e6', U'\u25aa', U'\u25cf', U'\u2023', U'\u2043',
+                            U'\u2219', U'\u00b7', U'\u25a0', U'\u2013', U'\u2014', U'\u27a2'}) {
+        if (first == bullet)
+            return true;
+    }
+    const bool spaced = i + 1 < line.glyphs.size() && isSpace(line.glyphs[i + 1].c);
+    if ((first == '-' || first == '*') && spaced)
+        return true;
+    // Up to three digits or one letter, then '.' or ')', then a blank.
+    std::size_t end = i;
+    if (first == '(')
+        ++end;
+    const std::size_t markStart = end;
+    while (end < line.glyphs.size() && end - markStart < 3 && line.glyphs[end].c >= '0' &&
+           line.glyphs[end].c <= '9')
+        ++end;
+    if (end == markStart && end < line.glyphs.size() && isLetter(line.glyphs[end].c))
+        ++end;
+    if (end == markStart || end + 1 >= line.glyphs.size())
+        return false;
+    const char32_t mark = line.glyphs[end].c;
+    return (mark == ')' || (mark == '.' && first != '(')) && isSpace(line.glyphs[end + 1].c);
+}
+
 float firstWordWidth(const Line& line)
 {
     float end = line.box.x0;
@@ -436,6 +469,8 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
                      std::fabs(previous.size - line.size) <= size * 0.15f && step > 0 &&
                      step <= pitch * 1.35f + 0.5f && step <= size * 3 &&
                      (!shortLine || endsWithHyphen);
+        if (joins && startsItem(line))
+            joins = false;
         if (joins) {
             const float indentBase =
                 block.lines.size() >= 2 ? block.lines[1].box.x0 : previous.box.x0;
