@@ -310,6 +310,23 @@ private:
             out += "\\sl" + std::to_string(Twips(block.lineGap)) + "\\slmult0";
     }
 
+    static void alignment(std::string& out, const Block& block)
+    {
+        switch (block.alignment) {
+        case Alignment::Centre:
+            out += "\\qc";
+            break;
+        case Alignment::Right:
+            out += "\\qr";
+            break;
+        case Alignment::Justify:
+            out += "\\qj";
+            break;
+        case Alignment::Left:
+            break;
+        }
+    }
+
     void tabStops(std::string& out, const Block& block, float origin) const
     {
         for (float stop : block.tabStops) {
@@ -379,6 +396,7 @@ private:
                 break;
             case BlockKind::Paragraph:
                 out += "\\pard\\plain\\sa120";
+                alignment(out, block);
                 paragraphSpacing(out, layout, block);
                 tabStops(out, block, m_section.left);
                 out.push_back(' ');
@@ -408,10 +426,18 @@ private:
             if (m_options.adjustSpacing && gap > 1)
                 out += "\\sb" + std::to_string(Twips(gap));
             previousBottom = std::max(previousBottom, block.box.y1);
-            const float indent =
-                m_options.preserveTextPosition ? std::max(0.0f, block.box.x0 - m_section.left) : 0;
+            const bool placed =
+                block.alignment == Alignment::Left || block.alignment == Alignment::Justify;
+            const float indent = m_options.preserveTextPosition && placed
+                                     ? std::max(0.0f, block.box.x0 - m_section.left)
+                                     : 0;
             if (indent > 0)
                 out += "\\li" + std::to_string(Twips(indent));
+            // A paragraph of several lines wraps where its lines ended, inside its column.
+            const float rightIndent = m_section.width - m_section.right - block.box.x1;
+            if (m_options.preserveTextPosition && block.lines.size() > 1 && rightIndent > 1)
+                out += "\\ri" + std::to_string(Twips(rightIndent));
+            alignment(out, block);
             if (block.kind == BlockKind::Picture) {
                 out.push_back(' ');
                 const Picture& picture = page.pictures[static_cast<std::size_t>(block.picture)];
@@ -483,6 +509,7 @@ private:
                 width = width * 1.08f + 4;
             }
             frame(block.box, width, height, m_options.shrinkFonts);
+            alignment(out, block);
             paragraphSpacing(out, layout, block);
             tabStops(out, block, block.box.x0);
             out.push_back(' ');

@@ -117,6 +117,47 @@ bool isBold(const Block& block, const std::vector<FontFace>* fonts)
     return total > 0 && bold == total;
 }
 
+// How the lines of a block sit between the region's edges. Several lines tell by their own
+// edges; a single line by where it stands in the region.
+Alignment alignmentOf(const Block& block, float left, float right)
+{
+    const float size = std::max(block.lines.front().size, 1.0f);
+    const float tolerance = size * 0.5f;
+    if (block.lines.size() >= 2) {
+        bool rightAligned = true;
+        bool leftAligned = true;
+        bool centred = true;
+        const float centre = block.box.centreX();
+        for (std::size_t i = 0; i < block.lines.size(); ++i) {
+            const Rect& box = block.lines[i].box;
+            const bool last = i + 1 == block.lines.size();
+            if (std::fabs(box.x1 - block.box.x1) > tolerance && !last)
+                rightAligned = false;
+            if (i > 0 && std::fabs(box.x0 - block.lines[1].box.x0) > tolerance)
+                leftAligned = false;
+            if (std::fabs(box.centreX() - centre) > tolerance)
+                centred = false;
+        }
+        const bool lastEndsRight = std::fabs(block.lines.back().box.x1 - block.box.x1) <= tolerance;
+        if (rightAligned && leftAligned)
+            return lastEndsRight ? Alignment::Left : Alignment::Justify;
+        if (centred && !leftAligned)
+            return Alignment::Centre;
+        if (rightAligned && lastEndsRight && !leftAligned)
+            return Alignment::Right;
+        return Alignment::Left;
+    }
+    const Rect& box = block.box;
+    const float width = right - left;
+    if (width <= 0 || box.width() > width * 0.8f)
+        return Alignment::Left;
+    if (std::fabs(box.centreX() - (left + right) / 2) <= tolerance && box.x0 > left + size)
+        return Alignment::Centre;
+    if (std::fabs(box.x1 - right) <= tolerance && box.x0 > left + width * 0.3f)
+        return Alignment::Right;
+    return Alignment::Left;
+}
+
 // A line that opens with a bullet or an enumerator ("3.", "b)", "(iv)") starts an item.
 bool startsItem(const Line& line)
 {
@@ -465,13 +506,22 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
                                                                  previous.glyphs.back().c == 0xad);
         // A line ends its paragraph when the next line's first word would have fitted on it.
         const bool shortLine = previous.box.x1 + firstWordWidth(line) + size * 0.3f < right;
+        // Centred or flush-right lines keep a common centre or right edge instead of a left one.
+        const float tolerance = size * 0.5f;
+        const bool sameCentre =
+            std::fabs(previous.box.centreX() - line.box.centreX()) <= tolerance &&
+            std::fabs(previous.box.x0 - line.box.x0) > tolerance;
+        const bool sameRight = std::fabs(previous.box.x1 - line.box.x1) <= tolerance &&
+                               std::fabs(previous.box.x0 - line.box.x0) > tolerance;
+        const bool shaped = (sameCentre || sameRight) &&
+                            (block.lines.size() == 1 || block.alignment != Alignment::Left);
         bool joins = previous.tabStops.empty() && line.tabStops.empty() &&
                      std::fabs(previous.size - line.size) <= size * 0.15f && step > 0 &&
                      step <= pitch * 1.35f + 0.5f && step <= size * 3 &&
-                     (!shortLine || endsWithHyphen);
+                     (shaped || !shortLine || endsWithHyphen);
         if (joins && startsItem(line))
             joins = false;
-        if (joins) {
+        if (joins && !shaped) {
             const float indentBase =
                 block.lines.size() >= 2 ? block.lines[1].box.x0 : previous.box.x0;
             if (line.box.x0 > indentBase + size * 0.8f)
@@ -495,6 +545,8 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
         block.text.insert(block.text.end(), line.glyphs.begin(), line.glyphs.end());
         block.lines.push_back(line);
         block.box.unite(line.box);
+        if (shaped)
+            block.alignment = sameCentre ? Alignment::Centre : Alignment::Right;
     }
 
     for (Block& block : blocks) {
@@ -503,6 +555,7 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
             block.lineGap = (block.lines.back().box.y1 - block.lines.front().box.y1) /
                             static_cast<float>(block.lines.size() - 1);
         }
+        block.alignment = alignmentOf(block, left, right);
         const int words = countWords(block.text);
         if (bodySize > 0 && block.lines.size() <= 3 && words <= 20 && words > 0) {
             if (block.size >= bodySize * 1.35f)
@@ -698,6 +751,14 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         }
         std::vector<Block> blocks =
             BuildParagraphs(lines, options.mergeParagraphs, layout.bodySize);
+        // A line across the columns, a title say, is centred or not on the whole text width.
+        if (region.column == -1) {
+            for (Block& block : blocks) {
+                if (block.lines.size() == 1)
+                    block.alignment =
+                        alignmentOf(block, layout.contentBox.x0, layout.contentBox.x1);
+            }
+        }
         for (Block& block : blocks) {
             if (block.kind == BlockKind::Paragraph && isBold(block, fonts) &&
                 block.size >= layout.bodySize * 0.95f && countWords(block.text) <= 12 &&

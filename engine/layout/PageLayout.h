@@ -43,6 +43,8 @@ struct Line final
 
 enum class BlockKind { Paragraph, Heading1, Heading2, Picture, Rotated };
 
+enum class Alignment { Left, Centre, Right, Justify };
+
 struct Block final
 {
     BlockKind kind = BlockKind::Paragraph;
@@ -57,6 +59,7 @@ struct Block final
     int picture = -1;   // index into the page's pictures
     float angle = 0;    // degrees, counter-clockwise, for rotated text
     int column = 0;     // region of the page it came from, for exact placement
+    Alignment alignment = Alignment::Left;
 };
 
 struct PageLayout final
@@ -83,7 +86,8 @@ std::vector<std::size_t> FindPleadingNumbers(const std::vector<Fragment>& fragme
 // Fragments on one baseline as lines, top to bottom.
 std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText);
 
-// Consecutive lines that belong together as paragraphs.
+// Consecutive lines that belong together as paragraphs, with the alignment their lines show
+// within the left and right edges of their region.
 std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, float bodySize);
 
 // The size most of the page's text has, weighted by glyph count.

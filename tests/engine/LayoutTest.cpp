@@ -365,3 +365,58 @@ TEST(RunningPattern, ReadsNumbersCaseAndBlanksAlike)
     EXPECT_EQ(pattern("PAGE  3\tOF 7 "), "page # of #");
     EXPECT_NE(pattern("Chapter One"), pattern("Chapter Two"));
 }
+
+TEST(BuildParagraphs, TellsHowTheLinesAreAligned)
+{
+    struct Row
+    {
+        const char* name;
+        std::vector<TextLine> lines;
+        Alignment expected;
+    };
+    const auto at = [](float x, int row, const std::string& text) {
+        return MakeLine(x, 100 + 12.0f * static_cast<float>(row), text);
+    };
+    const std::vector<Row> rows{
+        {"ragged right",
+         {at(72, 0, "aaaa bbbb cccc dddd"), at(72, 1, "eeee ffff gggg hh"), at(72, 2, "iiii jjjj")},
+         Alignment::Left},
+        {"justified",
+         {at(72, 0, "aaaa bbbb cccc dddd"), at(72, 1, "eeee ffff gggg hhhh"),
+          at(72, 2, "iiii jjjj")},
+         Alignment::Justify},
+        {"centred",
+         {at(72, 0, "aaaa bbbb cccc dddd"), at(84.5f, 1, "eeee ffff gggg"), at(97, 2, "iiii jjjj")},
+         Alignment::Centre},
+        {"flush right",
+         {at(72, 0, "aaaa bbbb cccc dddd"), at(102, 1, "eeee ffff hhh"), at(122, 2, "iiii jjjj")},
+         Alignment::Right},
+        {"lines of a centred block stay one paragraph",
+         {at(72, 0, "aaaa bbbb cccc dddd"), at(84.5f, 1, "eeee ffff gggg"), at(97, 2, "iiii jjjj"),
+          at(72, 3, "kkkk llll mmmm nnnn")},
+         Alignment::Centre},
+    };
+    for (const Row& row : rows) {
+        // Each row is one paragraph; a wide line below sets the region's edges.
+        std::vector<TextLine> lines = row.lines;
+        const std::vector<Line> built = BuildLines(FragmentsOf(lines), true);
+        std::vector<Block> blocks = BuildParagraphs(built, true, 10);
+        ASSERT_FALSE(blocks.empty()) << row.name;
+        EXPECT_EQ(blocks.front().alignment, row.expected) << row.name;
+    }
+}
+
+TEST(LayOutPage, CentresATitleOnTheTextWidth)
+{
+    PageContent page;
+    page.lines.push_back(MakeLine(197, 60, "Centred title"));
+    for (int row = 0; row < 10; ++row)
+        page.lines.push_back(
+            MakeLine(72, 100 + 12.0f * static_cast<float>(row),
+                     "a line of body text that runs all the way across the text width"));
+    page.lines.push_back(MakeLine(72, 240, "Left"));
+    const PageLayout layout = LayOutPage(page, LayoutOptions{});
+    ASSERT_GE(layout.blocks.size(), 3u);
+    EXPECT_EQ(layout.blocks.front().alignment, Alignment::Centre);
+    EXPECT_EQ(layout.blocks.back().alignment, Alignment::Left);
+}
