@@ -407,61 +407,140 @@ private:
         }
     }
 
+    // One block of the tabbed method: indented from `origin`, wrapping at `rightEdge`, `gap`
+    // points below what came before it; `lead` goes in front of its text (a column break).
+    void writeTabbedBlock(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
+                          const Block& block, float origin, float rightEdge, float gap,
+                          bool pageBreak, const char* lead)
+    {
+        std::string& out = writer.out();
+        out += "\\pard\\plain";
+        if (pageBreak)
+            out += "\\pagebb";
+        if (m_options.adjustSpacing && gap > 1)
+            out += "\\sb" + std::to_string(Twips(gap));
+        const bool placed =
+            block.alignment == Alignment::Left || block.alignment == Alignment::Justify;
+        const float indent =
+            m_options.preserveTextPosition && placed ? std::max(0.0f, block.box.x0 - origin) : 0;
+        if (indent > 0)
+            out += "\\li" + std::to_string(Twips(indent));
+        // A paragraph of several lines wraps where its lines ended.
+        const float rightIndent = rightEdge - block.box.x1;
+        if (m_options.preserveTextPosition && block.lines.size() > 1 && rightIndent > 1)
+            out += "\\ri" + std::to_string(Twips(rightIndent));
+        alignment(out, block);
+        if (block.kind == BlockKind::Picture) {
+            out.push_back(' ');
+            out += lead;
+            const Picture& picture = page.pictures[static_cast<std::size_t>(block.picture)];
+            writer.picture(picture, picture.box.width(), picture.box.height());
+            out += "\\par\n";
+            return;
+        }
+        paragraphSpacing(out, layout, block);
+        // Stops are measured from where the paragraph's indent also starts.
+        tabStops(out, block, m_options.preserveTextPosition ? origin : block.box.x0);
+        out.push_back(' ');
+        out += lead;
+        float scale = 1;
+        if (m_options.shrinkFonts) {
+            const float right = block.tabStops.empty() ? rightEdge : block.tabStops.front();
+            scale =
+                shrinkToFit(block, right - block.box.x0, block.box.height() * 1.5f + block.size);
+        }
+        writer.text(block.text, &page.links, scale);
+        out += "\\par\n";
+    }
+
     void writeTabbed(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
                      bool firstPage)
     {
+        const std::vector<Block>& blocks = layout.blocks;
+        const float textRight = m_section.width - m_section.right;
         float previousBottom = m_section.top;
-        bool firstOnPage = true;
-        for (const Block& block : layout.blocks) {
-            std::string& out = writer.out();
+        bool pageBreak = !firstPage;
+        std::size_t i = 0;
+        while (i < blocks.size()) {
+            const Block& block = blocks[i];
             if (block.kind == BlockKind::Rotated) {
                 writeRotatedShape(writer, block, true);
+                ++i;
                 continue;
             }
-            out += "\\pard\\plain";
-            if (firstOnPage && !firstPage)
-                out += "\\pagebb";
-            firstOnPage = false;
-            const float gap = block.box.y0 - previousBottom;
-            if (m_options.adjustSpacing && gap > 1)
-                out += "\\sb" + std::to_string(Twips(gap));
-            previousBottom = std::max(previousBottom, block.box.y1);
-            const bool placed =
-                block.alignment == Alignment::Left || block.alignment == Alignment::Justify;
-            const float indent = m_options.preserveTextPosition && placed
-                                     ? std::max(0.0f, block.box.x0 - m_section.left)
-                                     : 0;
-            if (indent > 0)
-                out += "\\li" + std::to_string(Twips(indent));
-            // A paragraph of several lines wraps where its lines ended, inside its column.
-            const float rightIndent = m_section.width - m_section.right - block.box.x1;
-            if (m_options.preserveTextPosition && block.lines.size() > 1 && rightIndent > 1)
-                out += "\\ri" + std::to_string(Twips(rightIndent));
-            alignment(out, block);
-            if (block.kind == BlockKind::Picture) {
-                out.push_back(' ');
-                const Picture& picture = page.pictures[static_cast<std::size_t>(block.picture)];
-                writer.picture(picture, picture.box.width(), picture.box.height());
-                out += "\\par\n";
+            std::size_t end = i;
+            int columns = 0;
+            if (layout.columns > 1) {
+                while (end < blocks.size() && blocks[end].column >= 0) {
+                    columns = std::max(columns, blocks[end].column + 1);
+                    ++end;
+                }
+            }
+            // What stands above the other columns, a title say, goes before the columns.
+            if (columns >= 2) {
+                float othersTop = 1e9f;
+                for (std::size_t k = i; k < end; ++k) {
+                    if (blocks[k].column != block.column)
+                        othersTop = std::min(othersTop, blocks[k].box.y0);
+                }
+                if (block.box.y1 <= othersTop)
+                    columns = 0;
+            }
+            if (columns < 2) {
+                writeTabbedBlock(writer, page, layout, block, m_section.left, textRight,
+                                 block.box.y0 - previousBottom, pageBreak, "");
+                pageBreak = false;
+                previousBottom = std::max(previousBottom, block.box.y1);
+                ++i;
                 continue;
             }
-            paragraphSpacing(out, layout, block);
-            // Stops are measured from the margin, where the paragraph's indent also starts.
-            tabStops(out, block, m_options.preserveTextPosition ? m_section.left : block.box.x0);
-            out.push_back(' ');
-            float scale = 1;
-            if (m_options.shrinkFonts) {
-                const float right = block.tabStops.empty() ? m_section.width - m_section.right
-                                                           : block.tabStops.front();
-                scale = shrinkToFit(block, right - block.box.x0,
-                                    block.box.height() * 1.5f + block.size);
+            // Columns side by side become a section of as many columns, each read in turn.
+            std::vector<Rect> extents(static_cast<std::size_t>(columns));
+            for (std::size_t k = i; k < end; ++k) {
+                if (blocks[k].kind != BlockKind::Rotated)
+                    extents[static_cast<std::size_t>(blocks[k].column)].unite(blocks[k].box);
             }
-            writer.text(block.text, &page.links, scale);
-            out += "\\par\n";
+            float gutters = 0;
+            int gaps = 0;
+            for (std::size_t c = 1; c < extents.size(); ++c) {
+                if (!extents[c - 1].empty() && !extents[c].empty()) {
+                    gutters += extents[c].x0 - extents[c - 1].x1;
+                    ++gaps;
+                }
+            }
+            const float gutter = gaps ? std::max(6.0f, gutters / static_cast<float>(gaps)) : 18;
+            std::string& out = writer.out();
+            out += "\\sect\\sectd\\sbknone\\cols" + std::to_string(columns) + "\\colsx" +
+                   std::to_string(Twips(gutter)) + "\n";
+            const float bandTop = previousBottom;
+            float bandBottom = previousBottom;
+            float columnBottom = bandTop;
+            int column = blocks[i].column;
+            for (std::size_t k = i; k < end; ++k) {
+                const Block& member = blocks[k];
+                if (member.kind == BlockKind::Rotated) {
+                    writeRotatedShape(writer, member, true);
+                    continue;
+                }
+                const bool newColumn = member.column != column;
+                if (newColumn) {
+                    column = member.column;
+                    columnBottom = bandTop;
+                }
+                const Rect& extent = extents[static_cast<std::size_t>(member.column)];
+                writeTabbedBlock(writer, page, layout, member, extent.x0, extent.x1,
+                                 member.box.y0 - columnBottom, pageBreak,
+                                 newColumn ? "\\column " : "");
+                pageBreak = false;
+                columnBottom = std::max(columnBottom, member.box.y1);
+                bandBottom = std::max(bandBottom, member.box.y1);
+            }
+            writer.out() += "\\sect\\sectd\\sbknone\n";
+            previousBottom = bandBottom;
+            i = end;
         }
-        if (layout.blocks.empty()) {
+        if (blocks.empty())
             writer.out() += firstPage ? "\\pard\\plain\\par\n" : "\\pard\\plain\\pagebb\\par\n";
-        }
     }
 
     void writeBoxes(RtfWriter& writer, const PageContent& page, const PageLayout& layout,

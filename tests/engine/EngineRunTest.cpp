@@ -193,6 +193,19 @@ TEST_F(EngineRun, HonoursTheOptions)
     EXPECT_EQ(noHeader.find("{\\header"), std::string::npos);
     EXPECT_NE(noHeader.find("Journal of Imaginary Studies"), std::string::npos);
 
+    const auto tabbed = [](qint16 type) {
+        return [type](RunState& s) {
+            s.ConversionMethod = 1;
+            s.DocumentType = type;
+        };
+    };
+    const std::string columns = convert("article", tabbed(2));
+    EXPECT_NE(columns.find("\\sect\\sectd\\sbknone\\cols2\\colsx"), std::string::npos);
+    EXPECT_EQ(Count(columns, "\\column "), 2u);  // one per page
+    const std::string rows = convert("article", tabbed(1));
+    EXPECT_EQ(rows.find("\\cols2"), std::string::npos);
+    EXPECT_NE(rows.find("\\tab "), std::string::npos);
+
     const std::string jpeg = convert("pictures", [](RunState& s) {
         s.ImageFormat = 0;
         s.JpegQuality = 95;
