@@ -9,6 +9,7 @@
 
 struct RunState;
 class HelpViewer;
+class OfficeSuite;
 class ProcessUtilityLibrary;
 class WindowGeometry;
 
@@ -20,4 +21,6 @@ struct AppContext final
     ProcessUtilityLibrary& processUtility;
     WindowGeometry& geometry;
     QString applicationDir;
+    // The office suite that finishes .doc files; null means the one installed here.
+    OfficeSuite* officeSuite = nullptr;
 };

@@ -4,6 +4,7 @@
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/Forms.h"
 #include "dialogs/LinkLabel.h"
+#include "dialogs/OptionNames.h"
 #include "dialogs/OptionPictures.h"
 #include "dialogs/OtherOptionsForm.h"
 #include "dialogs/Placement.h"
@@ -215,18 +216,7 @@ void ConversionMethodForm::LoadOptions()
         break;
     }
 
-    switch (state.DocumentType) {
-    case 1:
-        SetControlText(*m_labelDocumentType, LocalText(1707, QStringLiteral("Single-Column PDF")));
-        break;
-    case 3:
-        SetControlText(*m_labelDocumentType, LocalText(1710, QStringLiteral("Legal Pleading PDF")));
-        break;
-    default:
-        state.DocumentType = 2;
-        SetControlText(*m_labelDocumentType, LocalText(1704, QStringLiteral("Multi-Column PDF")));
-        break;
-    }
+    SetControlText(*m_labelDocumentType, DocumentTypeName(state.DocumentType));
 
     // A pleading's numbered lines survive only the tabs-and-spaces method.
     const bool legalPleading = state.DocumentType == 3;
@@ -274,25 +264,18 @@ void ConversionMethodForm::OptionFlow_Click()
     ShowOnly(m_imageFlow);
 }
 
-void ConversionMethodForm::LeadOnTo(Form& next)
-{
-    CenterDialogOver(next, *this);
-    Runtime().Hide(*this);
-    Runtime().ShowModal(next, &m_forms.Welcome());
-}
-
 void ConversionMethodForm::ButtonNext_Click()
 {
     if (!UpdateOptions())
         return;
-    LeadOnTo(m_forms.OtherOptions());
+    LeadOnTo(*this, m_forms.OtherOptions(), m_forms.Welcome());
 }
 
 void ConversionMethodForm::LabelDocumentType_Click()
 {
     if (!UpdateOptions())
         return;
-    LeadOnTo(m_forms.DocumentType());
+    LeadOnTo(*this, m_forms.DocumentType(), m_forms.Welcome());
 }
 
 void ConversionMethodForm::ButtonDone_Click()

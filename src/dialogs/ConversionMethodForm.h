@@ -40,7 +40,6 @@ private:
     void ButtonHelp_Click();
 
     void ShowOnly(QLabel* image);
-    void LeadOnTo(Form& next);
 
     Forms& m_forms;
 

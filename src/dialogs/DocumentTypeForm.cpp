@@ -242,18 +242,11 @@ void DocumentTypeForm::OptionLegal_Click()
     ShowOnly(m_imageLegal);
 }
 
-void DocumentTypeForm::LeadOnTo(Form& next)
-{
-    CenterDialogOver(next, *this);
-    Runtime().Hide(*this);
-    Runtime().ShowModal(next, &m_forms.Welcome());
-}
-
 void DocumentTypeForm::ButtonNext_Click()
 {
     if (!UpdateOptions())
         return;
-    LeadOnTo(m_forms.ConversionMethod());
+    LeadOnTo(*this, m_forms.ConversionMethod(), m_forms.Welcome());
 }
 
 void DocumentTypeForm::ButtonDone_Click()

@@ -37,7 +37,6 @@ private:
     void ButtonHelp_Click();
 
     void ShowOnly(QLabel* image);
-    void LeadOnTo(Form& next);
 
     Forms& m_forms;
 

@@ -5,6 +5,7 @@
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/Forms.h"
 #include "dialogs/LinkLabel.h"
+#include "dialogs/OptionNames.h"
 #include "dialogs/OptionPictures.h"
 #include "dialogs/Placement.h"
 #include "dialogs/WelcomeForm.h"
@@ -220,34 +221,9 @@ void OtherOptionsForm::LoadOptions()
 {
     RunState& state = m_forms.Context().state;
 
-    switch (state.DocumentType) {
-    case 1:
-        SetControlText(*m_labelDocumentType, LocalText(1707, QStringLiteral("Single-Column PDF")));
-        break;
-    case 3:
-        SetControlText(*m_labelDocumentType, LocalText(1710, QStringLiteral("Legal Pleading PDF")));
-        break;
-    default:
-        state.DocumentType = 2;
-        SetControlText(*m_labelDocumentType, LocalText(1704, QStringLiteral("Multi-Column PDF")));
-        break;
-    }
+    SetControlText(*m_labelDocumentType, DocumentTypeName(state.DocumentType));
 
-    switch (state.ConversionMethod) {
-    case 1:
-        SetControlText(*m_labelConversionMethod,
-                       LocalText(1807, QStringLiteral("Exact Placement using Tabs && spaces")));
-        break;
-    case 3:
-        SetControlText(*m_labelConversionMethod,
-                       LocalText(1810, QStringLiteral("Flow the text and graphics")));
-        break;
-    default:
-        state.ConversionMethod = 2;
-        SetControlText(*m_labelConversionMethod,
-                       LocalText(1804, QStringLiteral("Exact Placement using Text Boxes")));
-        break;
-    }
+    SetControlText(*m_labelConversionMethod, ConversionMethodName(state.ConversionMethod));
 
     // Only a field of 1 touches its box: a box the user cleared on an earlier visit stays so.
     const QList<std::pair<QCheckBox*, qint16>> textFeatures = {
@@ -390,25 +366,18 @@ bool OtherOptionsForm::eventFilter(QObject* watched, QEvent* event)
     return Form::eventFilter(watched, event);
 }
 
-void OtherOptionsForm::LeadOnTo(Form& next)
-{
-    CenterDialogOver(next, *this);
-    Runtime().Hide(*this);
-    Runtime().ShowModal(next, &m_forms.Welcome());
-}
-
 void OtherOptionsForm::LabelDocumentType_Click()
 {
     if (!UpdateOptions())
         return;
-    LeadOnTo(m_forms.DocumentType());
+    LeadOnTo(*this, m_forms.DocumentType(), m_forms.Welcome());
 }
 
 void OtherOptionsForm::LabelConversionMethod_Click()
 {
     if (!UpdateOptions())
         return;
-    LeadOnTo(m_forms.ConversionMethod());
+    LeadOnTo(*this, m_forms.ConversionMethod(), m_forms.Welcome());
 }
 
 void OtherOptionsForm::ButtonDone_Click()

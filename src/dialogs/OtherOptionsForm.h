@@ -47,7 +47,6 @@ private:
     void ButtonDone_Click();
     void ButtonHelp_Click();
 
-    void LeadOnTo(Form& next);
 
     Forms& m_forms;
 

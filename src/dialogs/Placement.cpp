@@ -100,3 +100,10 @@ void UnloadOtherDialogs(DialogRuntime& runtime, const Form* welcome)
             runtime.Unload(*form);
     }
 }
+
+void LeadOnTo(Form& page, Form& next, Form& welcome)
+{
+    CenterDialogOver(next, page);
+    page.Runtime().Hide(page);
+    page.Runtime().ShowModal(next, &welcome);
+}

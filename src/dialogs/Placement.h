@@ -25,6 +25,10 @@ void CenterDialogOver(Form& dialog, const Form& parent);
 void PlaceNearParent(Form& dialog, AppContext& context);
 void PlaceNearWord(Form& dialog, AppContext& context);
 
+// A page move: `next` is placed over `page`, `page` is hidden, and `next` is shown modally
+// with the main dialog as its owner. The call returns when the last page of the walk closes.
+void LeadOnTo(Form& page, Form& next, Form& welcome);
+
 // Unloads every loaded dialog but the first one and the main dialog, from the last loaded on.
 void UnloadOtherDialogs(DialogRuntime& runtime, const Form* welcome);
 

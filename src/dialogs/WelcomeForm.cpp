@@ -5,6 +5,7 @@
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/Forms.h"
 #include "dialogs/LinkLabel.h"
+#include "dialogs/OptionNames.h"
 #include "dialogs/OtherOptionsForm.h"
 #include "dialogs/Placement.h"
 #include "options/SettingsStore.h"
@@ -228,33 +229,9 @@ void WelcomeForm::FillSummary()
 {
     RunState& state = m_forms.Context().state;
 
-    switch (state.ConversionMethod) {
-    case 1:
-        SetControlText(*m_labelConversionMethod,
-                       LocalText(1807, QStringLiteral("Exact Placement using Tabs && spaces")));
-        break;
-    case 3:
-        SetControlText(*m_labelConversionMethod, LocalText(1810, QStringLiteral("Flow the text and graphics")));
-        break;
-    default:
-        state.ConversionMethod = 2;
-        SetControlText(*m_labelConversionMethod,
-                       LocalText(1804, QStringLiteral("Exact Placement using Text Boxes")));
-        break;
-    }
+    SetControlText(*m_labelConversionMethod, ConversionMethodName(state.ConversionMethod));
 
-    switch (state.DocumentType) {
-    case 1:
-        SetControlText(*m_labelDocumentType, LocalText(1707, QStringLiteral("Single-Column PDF")));
-        break;
-    case 3:
-        SetControlText(*m_labelDocumentType, LocalText(1710, QStringLiteral("Legal Pleading PDF")));
-        break;
-    default:
-        state.DocumentType = 2;
-        SetControlText(*m_labelDocumentType, LocalText(1704, QStringLiteral("Multi-Column PDF")));
-        break;
-    }
+    SetControlText(*m_labelDocumentType, DocumentTypeName(state.DocumentType));
 
     if (state.ImageFormat == 1) {
         m_labelImageFormat->setText(QStringLiteral("BMP"));
