@@ -14,6 +14,8 @@ LinkLabel::LinkLabel(QWidget* parent) : QLabel(parent)
     setMouseTracking(true);
 }
 
+// Set anew at every press, move and release, so the hand shows whatever cursor another
+// control left behind.
 void LinkLabel::ShowHandCursor()
 {
     setCursor(Qt::PointingHandCursor);
