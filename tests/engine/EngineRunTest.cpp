@@ -25,8 +25,8 @@ protected:
     {
         const QString file = path(QString::fromStdString(name) + ".pdf");
         if (!QFileInfo::exists(file)) {
-            const auto spec = StandardFixture(name);
-            WritePdf(file.toStdString(), spec.pages, spec.password);
+            const auto plan = StandardFixture(name);
+            WritePdf(file.toStdString(), plan.pages, plan.password);
         }
         return file;
     }
@@ -272,7 +272,7 @@ TEST_F(EngineRun, KeepsLinksAndJapaneseText)
 
 TEST_F(EngineRun, TurnsRotatedTextIntoShapesOnlyWithWordArt)
 {
-    velmora::fixtures::PageSpec page;
+    velmora::fixtures::PagePlan page;
     page.texts.push_back(
         {72, 700, 12, "Ordinary text of the page", velmora::fixtures::FontId::Times});
     page.texts.push_back({300, 300, 30, "DRAFT", velmora::fixtures::FontId::HelveticaBold, 45});
