@@ -510,8 +510,8 @@ private:
             }
             const float gutter = gaps ? std::max(6.0f, gutters / static_cast<float>(gaps)) : 18;
             std::string& out = writer.out();
-            out += "\\sect\\sectd\\sbknone\\cols" + std::to_string(columns) + "\\colsx" +
-                   std::to_string(Twips(gutter)) + "\n";
+            out += "\\sect\\sectd\\sbknone" + runningDistances() + "\\cols" +
+                   std::to_string(columns) + "\\colsx" + std::to_string(Twips(gutter)) + "\n";
             const float bandTop = previousBottom;
             float bandBottom = previousBottom;
             float columnBottom = bandTop;
@@ -535,7 +535,7 @@ private:
                 columnBottom = std::max(columnBottom, member.box.y1);
                 bandBottom = std::max(bandBottom, member.box.y1);
             }
-            writer.out() += "\\sect\\sectd\\sbknone\n";
+            writer.out() += "\\sect\\sectd\\sbknone" + runningDistances() + "\n";
             previousBottom = bandBottom;
             i = end;
         }
@@ -597,6 +597,17 @@ private:
         }
     }
 
+    // Where the header and footer stand; every new section must say it again.
+    std::string runningDistances() const
+    {
+        std::string out;
+        if (m_headerTop)
+            out += "\\headery" + std::to_string(Twips(*m_headerTop));
+        if (m_footerBottom)
+            out += "\\footery" + std::to_string(Twips(*m_footerBottom));
+        return out;
+    }
+
     std::string documentHead()
     {
         std::string head = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1\n";
@@ -618,10 +629,7 @@ private:
                 std::to_string(Twips(m_section.bottom));
         head += "\\viewkind1\n\\sectd\\pgwsxn" + std::to_string(Twips(m_section.width)) +
                 "\\pghsxn" + std::to_string(Twips(m_section.height));
-        if (m_headerTop)
-            head += "\\headery" + std::to_string(Twips(*m_headerTop));
-        if (m_footerBottom)
-            head += "\\footery" + std::to_string(Twips(*m_footerBottom));
+        head += runningDistances();
         head += "\n" + m_header + m_footer;
         return head;
     }

@@ -200,7 +200,9 @@ TEST_F(EngineRun, HonoursTheOptions)
         };
     };
     const std::string columns = convert("article", tabbed(2));
-    EXPECT_NE(columns.find("\\sect\\sectd\\sbknone\\cols2\\colsx"), std::string::npos);
+    // Each section of columns says again where the running head stands.
+    EXPECT_NE(columns.find("\\sect\\sectd\\sbknone\\headery"), std::string::npos);
+    EXPECT_NE(columns.find("\\cols2\\colsx"), std::string::npos);
     EXPECT_EQ(Count(columns, "\\column "), 2u);  // one per page
     const std::string rows = convert("article", tabbed(1));
     EXPECT_EQ(rows.find("\\cols2"), std::string::npos);
