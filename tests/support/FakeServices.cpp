@@ -1,5 +1,7 @@
 #include "support/FakeServices.h"
 
+#include <QDir>
+
 namespace {
 
 class FakeShell final : public SettingsShell
@@ -13,14 +15,8 @@ public:
             return std::nullopt;
         return m_store.values.value(name);
     }
-    bool RegWrite(const QString& name, const QString& text) override
-    {
-        return write(name, text);
-    }
-    bool RegWriteDword(const QString& name, qint32 value) override
-    {
-        return write(name, value);
-    }
+    bool RegWrite(const QString& name, const QString& text) override { return write(name, text); }
+    bool RegWriteDword(const QString& name, qint32 value) override { return write(name, value); }
 
 private:
     bool write(const QString& name, const QVariant& value)
@@ -58,25 +54,28 @@ bool FakeHelpViewer::ShowPage(const QString& pageFile, const QString& anchor, QS
 
 qint32 FakeProcessUtility::GetParentProcessID(qint32 processId)
 {
-    calls.append(QStringLiteral("GetParentProcessID(%1)").arg(processId));
+    record(QStringLiteral("GetParentProcessID(%1)").arg(processId));
     return parentId;
 }
 
 qint64 FakeProcessUtility::GetProcessHwnd(qint32 processId)
 {
-    calls.append(QStringLiteral("GetProcessHwnd(%1)").arg(processId));
+    record(QStringLiteral("GetProcessHwnd(%1)").arg(processId));
     return parentWindow;
 }
 
-qint32 FakeProcessUtility::GetProcessID(const QString& programName, qint32 reserved)
+qint32 FakeProcessUtility::GetProcessID(const QString& programName, qint32 index)
 {
-    calls.append(QStringLiteral("GetProcessID(%1,%2)").arg(programName).arg(reserved));
-    return wordProcessId;
+    record(QStringLiteral("GetProcessID(%1,%2)").arg(programName).arg(index));
+    if (!processes.contains(programName))
+        return wordProcessId;
+    const QList<qint32>& ids = processes[programName];
+    return index >= 0 && index < ids.size() ? ids.at(index) : 0;
 }
 
 qint64 FakeProcessUtility::GetProcessHwndEx(qint32 processId, QString& hint)
 {
-    calls.append(QStringLiteral("GetProcessHwndEx(%1,%2)").arg(processId).arg(hint));
+    record(QStringLiteral("GetProcessHwndEx(%1,%2)").arg(processId).arg(hint));
     if (!rewrittenHint.isEmpty())
         hint = rewrittenHint;
     return wordWindow;
@@ -84,7 +83,7 @@ qint64 FakeProcessUtility::GetProcessHwndEx(qint32 processId, QString& hint)
 
 bool FakeProcessUtility::GetWindowRect(qint64 window, ScreenRect& rect)
 {
-    calls.append(QStringLiteral("GetWindowRect(%1)").arg(window));
+    record(QStringLiteral("GetWindowRect(%1)").arg(window));
     if (!windows.contains(window))
         return false;
     rect = windows.value(window);
@@ -93,24 +92,95 @@ bool FakeProcessUtility::GetWindowRect(qint64 window, ScreenRect& rect)
 
 qint32 FakeProcessUtility::GetProcessCount(const QString& programName)
 {
-    calls.append(QStringLiteral("GetProcessCount(%1)").arg(programName));
-    return 0;
+    record(QStringLiteral("GetProcessCount(%1)").arg(programName));
+    return static_cast<qint32>(processes.value(programName).size());
 }
 
 qint32 FakeProcessUtility::QuitProcess(qint32 processId)
 {
-    calls.append(QStringLiteral("QuitProcess(%1)").arg(processId));
-    return 0;
+    record(QStringLiteral("QuitProcess(%1)").arg(processId));
+    if (quitResult != 0)
+        removeProcess(processId);
+    return quitResult;
 }
 
 qint32 FakeProcessUtility::KillProcess(qint32 processId)
 {
-    calls.append(QStringLiteral("KillProcess(%1)").arg(processId));
+    record(QStringLiteral("KillProcess(%1)").arg(processId));
+    removeProcess(processId);
     return 0;
 }
 
 qint32 FakeProcessUtility::GetFileVersion(const QString& path)
 {
-    calls.append(QStringLiteral("GetFileVersion(%1)").arg(path));
-    return 0;
+    record(QStringLiteral("GetFileVersion(%1)").arg(path));
+    return fileVersions.value(path, 0);
+}
+
+void FakeProcessUtility::record(const QString& call)
+{
+    calls.append(call);
+    workingDirectories.append(QDir::currentPath());
+}
+
+void FakeProcessUtility::removeProcess(qint32 processId)
+{
+    for (QList<qint32>& ids : processes)
+        ids.removeAll(processId);
+}
+
+namespace {
+
+class FakeOfficeProcess final : public OfficeProcess
+{
+public:
+    explicit FakeOfficeProcess(FakeOfficeRun& run) : m_run(run) {}
+    ~FakeOfficeProcess() override { m_run.released = true; }
+    FakeOfficeProcess(const FakeOfficeProcess&) = delete;
+    FakeOfficeProcess& operator=(const FakeOfficeProcess&) = delete;
+
+    bool WaitForEnd(qint32 timeoutMs) override
+    {
+        ++m_run.waits;
+        if (!m_run.ended) {
+            m_run.waitedMs += timeoutMs;
+            m_run.ended = m_run.runsForMs >= 0 && m_run.waitedMs >= m_run.runsForMs;
+        }
+        return m_run.ended;
+    }
+    bool Succeeded() override { return m_run.ended && m_run.succeeds; }
+    void Quit() override
+    {
+        ++m_run.quits;
+        if (!m_run.ended) {
+            m_run.ended = true;
+            m_run.succeeds = false;
+        }
+    }
+
+private:
+    FakeOfficeRun& m_run;
+};
+
+}  // namespace
+
+QString FakeOfficeSuite::FindProgram()
+{
+    findWorkingDirectories.append(QDir::currentPath());
+    return programPath;
+}
+
+std::unique_ptr<OfficeProcess>
+FakeOfficeSuite::StartConversion(const QString& program, const OfficeJob& job,
+                                 const std::function<void()>& whileWaiting)
+{
+    Q_UNUSED(whileWaiting);
+    jobs.append(job);
+    programsStarted.append(program);
+    if (startFails)
+        return nullptr;
+    if (onStart)
+        onStart(job);
+    run.started = true;
+    return std::make_unique<FakeOfficeProcess>(run);
 }

@@ -5,15 +5,18 @@
 
 #include "dialogs/AppContext.h"
 #include "platform/HelpViewer.h"
+#include "platform/OfficeSuite.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "platform/SettingsShell.h"
 #include "platform/WindowGeometry.h"
 #include "run/RunState.h"
 
+#include <QList>
 #include <QMap>
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
 #include <memory>
 
 // An in-memory store. Shells made from it share its values, as registry objects share the
@@ -44,7 +47,7 @@ struct FakeProcessUtility final : ProcessUtilityLibrary
 {
     qint32 GetParentProcessID(qint32 processId) override;
     qint64 GetProcessHwnd(qint32 processId) override;
-    qint32 GetProcessID(const QString& programName, qint32 reserved) override;
+    qint32 GetProcessID(const QString& programName, qint32 index) override;
     qint64 GetProcessHwndEx(qint32 processId, QString& hint) override;
     bool GetWindowRect(qint64 window, ScreenRect& rect) override;
     qint32 GetProcessCount(const QString& programName) override;
@@ -52,13 +55,57 @@ struct FakeProcessUtility final : ProcessUtilityLibrary
     qint32 KillProcess(qint32 processId) override;
     qint32 GetFileVersion(const QString& path) override;
 
-    qint32 parentId = 0;           // what GetParentProcessID gives
-    qint64 parentWindow = 0;       // what GetProcessHwnd gives
-    qint32 wordProcessId = 0;      // what GetProcessID gives
-    qint64 wordWindow = 0;         // what GetProcessHwndEx gives
-    QString rewrittenHint;         // what GetProcessHwndEx writes back, when not empty
+    qint32 parentId = 0;       // what GetParentProcessID gives
+    qint64 parentWindow = 0;   // what GetProcessHwnd gives
+    qint32 wordProcessId = 0;  // what GetProcessID gives
+    qint64 wordWindow = 0;     // what GetProcessHwndEx gives
+    QString rewrittenHint;     // what GetProcessHwndEx writes back, when not empty
     QMap<qint64, ScreenRect> windows;
-    QStringList calls;             // "Name(arg)" in call order
+    QStringList calls;               // "Name(arg)" in call order
+    QStringList workingDirectories;  // the working directory at each of the calls
+
+    // The process table by program name. A name listed here is counted and indexed from it
+    // (any other counts 0 and gives wordProcessId); a process that QuitProcess ends or
+    // KillProcess is sent to leaves it.
+    QMap<QString, QList<qint32>> processes;
+    qint32 quitResult = 0;               // what QuitProcess gives; non-zero ends the process
+    QMap<QString, qint32> fileVersions;  // what GetFileVersion gives by path, else 0
+
+private:
+    void record(const QString& call);
+    void removeProcess(qint32 processId);
+};
+
+// One conversion of FakeOfficeSuite: how the test scripts it and what was done to it.
+struct FakeOfficeRun final
+{
+    qint32 runsForMs = 0;  // waited-for time after which the process ends; -1: it hangs
+    bool succeeds = true;  // how it ends
+    qint32 waits = 0;      // WaitForEnd calls
+    qint32 waitedMs = 0;   // their timeouts added up, until the process ended
+    qint32 quits = 0;      // Quit calls
+    bool started = false;  // a process was given out
+    bool ended = false;
+    bool released = false;
+};
+
+// An office suite installed at `programPath` (none when that is empty) whose conversions run
+// as `run` says. `onStart` acts for the suite at the start, e.g. writes the converted file or
+// puts a process into the process table.
+struct FakeOfficeSuite final : OfficeSuite
+{
+    QString FindProgram() override;
+    std::unique_ptr<OfficeProcess>
+    StartConversion(const QString& program, const OfficeJob& job,
+                    const std::function<void()>& whileWaiting) override;
+
+    QString programPath;
+    bool startFails = false;
+    std::function<void(const OfficeJob&)> onStart;
+    FakeOfficeRun run;
+    QList<OfficeJob> jobs;  // every start, also a failed one
+    QStringList programsStarted;
+    QStringList findWorkingDirectories;  // the working directory at each FindProgram
 };
 
 struct FakeWindowGeometry final : WindowGeometry
@@ -79,6 +126,8 @@ struct FakeEnvironment final
     FakeHelpViewer help;
     FakeProcessUtility processUtility;
     FakeWindowGeometry geometry;
-    AppContext context{state, store.Factory(), help, processUtility, geometry,
-                       QStringLiteral("/opt/velmora")};
+    FakeOfficeSuite officeSuite;
+    AppContext context{state,          store.Factory(), help,
+                       processUtility, geometry,        QStringLiteral("/opt/velmora"),
+                       &officeSuite};
 };

@@ -1,0 +1,150 @@
+#include "conversion/WordFinishing.h"
+
+#include "conversion/WordDetection.h"
+#include "dialogs/AppContext.h"
+#include "platform/ApplicationPath.h"
+#include "platform/OfficeSuite.h"
+#include "platform/ProcessUtilityLibrary.h"
+#include "run/RunState.h"
+#include "services/Events.h"
+#include "services/TempFiles.h"
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QList>
+#include <QSaveFile>
+#include <QTemporaryDir>
+
+#include <memory>
+#include <optional>
+
+namespace {
+
+constexpr qint32 LowestFinishingVersion = 0x00090000;
+// From this version on the suite is ended through its own object; below it, the process that
+// its start added is found in the process table and ended by id.
+constexpr qint32 QuitThroughObjectVersion = 0x00110000;
+constexpr qint32 WaitSliceMs = 100;
+
+QList<qint32> RunningOfficeProcesses(ProcessUtilityLibrary& processes)
+{
+    QList<qint32> ids;
+    const qint32 count = processes.GetProcessCount(OfficeProcessName);
+    for (qint32 index = 0; index < count; ++index)
+        ids.append(processes.GetProcessID(OfficeProcessName, index));
+    return ids;
+}
+
+// The first office process that wasn't running before, 0 when every one was.
+qint32 FindNewProcess(ProcessUtilityLibrary& processes, const QList<qint32>& before)
+{
+    const qint32 count = processes.GetProcessCount(OfficeProcessName);
+    for (qint32 index = 0; index < count; ++index) {
+        const qint32 id = processes.GetProcessID(OfficeProcessName, index);
+        if (!before.contains(id))
+            return id;
+    }
+    return 0;
+}
+
+// Waits in short slices so that the dialogs stay alive; false when the suite hangs.
+bool WaitForConversion(OfficeProcess& office)
+{
+    for (qint32 waited = 0; waited < OfficeHangLimitMs; waited += WaitSliceMs) {
+        if (office.WaitForEnd(WaitSliceMs))
+            return true;
+        PumpEvents();
+    }
+    return false;
+}
+
+// The suite writes its copy into the otherwise empty output folder. The copy goes into a new
+// file beside the target that is then renamed over it, so the target is never half-written
+// and a target that can't be replaced keeps what it held.
+bool ReplaceWithConverted(const QString& target, const QString& outputDirectory)
+{
+    const QFileInfoList written =
+        QDir(outputDirectory).entryInfoList(QDir::Files | QDir::Hidden | QDir::System);
+    if (written.size() != 1)
+        return false;
+    QFile converted(written.first().absoluteFilePath());
+    if (!converted.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray bytes = converted.readAll();
+    if (bytes.isEmpty() || converted.error() != QFileDevice::NoError)
+        return false;
+
+    QSaveFile replacement(target);
+    replacement.setDirectWriteFallback(false);
+    if (!replacement.open(QIODevice::WriteOnly))
+        return false;
+    if (replacement.write(bytes) != bytes.size()) {
+        replacement.cancelWriting();
+        return false;
+    }
+    return replacement.commit();
+}
+
+}  // namespace
+
+qint16 FinishWithWord(AppContext& context)
+{
+    // A relative target is where the engine wrote it: in the directory current until now.
+    const QString target = QDir::current().absoluteFilePath(context.state.OutputPath);
+    const WorkingDirectoryGuard guard(context.applicationDir);
+    qint16 result = 0;
+    ProcessUtilityLibrary& processes = context.processUtility;
+    OfficeSuite& suite = context.officeSuite ? *context.officeSuite : InstalledOfficeSuite();
+
+    const qint32 version = GetWordVersion(context);
+    if (version < LowestFinishingVersion)
+        return result;
+
+    std::optional<QTemporaryDir> workDirectory;
+    std::unique_ptr<OfficeProcess> office;
+    qint32 newProcess = 0;
+
+    const auto finish = [&]() -> bool {
+        const QList<qint32> before = RunningOfficeProcesses(processes);
+
+        const QString program = suite.FindProgram();
+        if (program.isEmpty())
+            return false;
+        // The profile and the copy live in a private folder with the program's temporary
+        // prefix; the profile being our own keeps a suite the user has open out of this.
+        workDirectory.emplace(QDir::tempPath() + u'/' + TempFilePrefix + QStringLiteral("XXXXXX"));
+        if (!workDirectory->isValid())
+            return false;
+        const QDir work(workDirectory->path());
+        if (!work.mkdir(QStringLiteral("profile")) || !work.mkdir(QStringLiteral("out")))
+            return false;
+        const OfficeJob job{target, work.filePath(QStringLiteral("out")),
+                            work.filePath(QStringLiteral("profile"))};
+        office = suite.StartConversion(program, job, [] { PumpEvents(); });
+        if (!office)
+            return false;
+
+        if (version < QuitThroughObjectVersion)
+            newProcess = FindNewProcess(processes, before);
+
+        if (!WaitForConversion(*office) || !office->Succeeded())
+            return false;
+        return ReplaceWithConverted(target, job.outputDirectory);
+    };
+    if (finish())
+        result = -1;
+
+    if (newProcess != 0) {
+        // The object is let go of only afterwards: until then the ended process stays ours,
+        // so its id can't have passed to some other process by the time it is signalled.
+        if (processes.QuitProcess(newProcess) == 0)
+            processes.KillProcess(newProcess);
+    } else if (office) {
+        office->Quit();
+    }
+    office.reset();
+    workDirectory.reset();
+    return result;
+}
