@@ -351,6 +351,101 @@ TEST_F(FinishingJob, KeepsTheTargetsPermissions)
     EXPECT_FALSE(permissions & (QFileDevice::ReadGroup | QFileDevice::ReadOther));
 }
 
+// The installed suite's process handling, with a stand-in program in the suite's place: it
+// logs its arguments, asks for a restart after its first profile set-up as LibreOffice does,
+// and then converts, fails or hangs as told.
+class SuiteStandIn : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        const QDir dir(m_dir.path());
+        m_program = dir.filePath(QStringLiteral("soffice.bin"));
+        WriteAll(m_program, "#!/bin/sh\n"
+                            "here=$(dirname \"$0\")\n"
+                            "for a in \"$@\"; do printf '[%s]' \"$a\"; done >> \"$here/log\"\n"
+                            "echo >> \"$here/log\"\n"
+                            "case \"$*\" in *--terminate_after_init*)\n"
+                            "  [ -e \"$here/restarted\" ] && exit 0\n"
+                            "  touch \"$here/restarted\"; exit 81;;\n"
+                            "esac\n"
+                            "case $(cat \"$here/mode\") in\n"
+                            "  hang) exec sleep 600;;\n"
+                            "  fail) exit 1;;\n"
+                            "esac\n");
+        QFile::setPermissions(m_program, QFile::permissions(m_program) | QFileDevice::ExeOwner);
+        ASSERT_TRUE(dir.mkpath(QStringLiteral("profile")));
+        ASSERT_TRUE(dir.mkpath(QStringLiteral("out")));
+        m_job = {dir.filePath(QStringLiteral("-a 'b' $(c); \u65E5.doc")),
+                 dir.filePath(QStringLiteral("out")), dir.filePath(QStringLiteral("profile"))};
+    }
+
+    std::unique_ptr<OfficeProcess> Start(const QByteArray& mode)
+    {
+        WriteAll(QDir(m_dir.path()).filePath(QStringLiteral("mode")), mode);
+        return InstalledOfficeSuite().StartConversion(m_program, m_job, {});
+    }
+
+    QStringList Log() const
+    {
+        return QString::fromUtf8(ReadAll(QDir(m_dir.path()).filePath(QStringLiteral("log"))))
+            .split(u'\n', Qt::SkipEmptyParts);
+    }
+
+    QTemporaryDir m_dir;
+    QString m_program;
+    OfficeJob m_job;
+};
+
+TEST_F(SuiteStandIn, SetsUpTheProfileThenConvertsWithEveryNameAsAUrl)
+{
+    const auto process = Start("ok");
+    ASSERT_TRUE(process);
+    ASSERT_TRUE(process->WaitForEnd(10000));
+    EXPECT_TRUE(process->Succeeded());
+
+    const QString profile =
+        QStringLiteral("[-env:UserInstallation=") +
+        QUrl::fromLocalFile(m_job.profileDirectory).toString(QUrl::FullyEncoded) + u']';
+    const QStringList log = Log();
+    ASSERT_EQ(log.size(), 3);
+    // The restart that a new profile asks for happens before the conversion starts.
+    for (int run = 0; run < 2; ++run) {
+        EXPECT_TRUE(log[run].startsWith(QStringLiteral("[--headless]")));
+        EXPECT_TRUE(log[run].contains(profile));
+        EXPECT_TRUE(log[run].endsWith(QStringLiteral("[--terminate_after_init]")));
+    }
+    EXPECT_TRUE(log[2].contains(profile));
+    EXPECT_TRUE(log[2].endsWith(
+        QStringLiteral("[--infilter=Rich Text Format][--convert-to][doc:MS Word 97][--outdir][") +
+        QUrl::fromLocalFile(m_job.outputDirectory).toString(QUrl::FullyEncoded) +
+        QStringLiteral("][") + QUrl::fromLocalFile(m_job.source).toString(QUrl::FullyEncoded) +
+        u']'))
+        << log[2].toStdString();
+    EXPECT_TRUE(log[2].contains(QStringLiteral("file:///")));
+}
+
+TEST_F(SuiteStandIn, TellsFailureAndEndsAHungProcessWhenAskedToQuit)
+{
+    const auto failing = Start("fail");
+    ASSERT_TRUE(failing);
+    ASSERT_TRUE(failing->WaitForEnd(10000));
+    EXPECT_FALSE(failing->Succeeded());
+
+    const auto hanging = Start("hang");
+    ASSERT_TRUE(hanging);
+    EXPECT_FALSE(hanging->WaitForEnd(300));
+    hanging->Quit();
+    EXPECT_TRUE(hanging->WaitForEnd(0));
+    EXPECT_FALSE(hanging->Succeeded());
+}
+
+TEST_F(SuiteStandIn, AProgramThatCantStartGivesNoProcess)
+{
+    EXPECT_FALSE(
+        InstalledOfficeSuite().StartConversion(m_program + QStringLiteral(".missing"), m_job, {}));
+}
+
 // The real office suite on a real file, beside a LibreOffice of someone else's that must
 // survive it.
 class RealOffice : public ::testing::Test
