@@ -32,7 +32,7 @@
 
 namespace {
 
-using velmora::fixtures::PageSpec;
+using velmora::fixtures::PagePlan;
 using velmora::fixtures::TextItem;
 
 QByteArray ReadFile(const QString& path)
@@ -41,9 +41,9 @@ QByteArray ReadFile(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-PageSpec PageWithWord(const std::string& word)
+PagePlan PageWithWord(const std::string& word)
 {
-    PageSpec page;
+    PagePlan page;
     page.texts.push_back(TextItem{72, 700, 14, "Page word " + word, velmora::fixtures::FontId::Helvetica, 0, 0});
     return page;
 }
@@ -72,7 +72,7 @@ protected:
         ProcessPendingEvents();
     }
 
-    QString MakePdf(const QString& name, const std::vector<PageSpec>& pages, const std::string& password = {})
+    QString MakePdf(const QString& name, const std::vector<PagePlan>& pages, const std::string& password = {})
     {
         const QString path = work.filePath(name);
         velmora::fixtures::WritePdf(QFile::encodeName(path).toStdString(), pages, password);
