@@ -122,22 +122,20 @@ TEST_F(ConversionRunTest, EngineThatWritesNothingEndsSilentlyAndKeepsTheOlderFil
     const QString target = work.filePath(QStringLiteral("-out 日本.rtf"));
     WriteFile(target, "older");
     SetMode("nothing");
-    SeenMessage seen;
-    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    MessageBoxWatch seen;
     Run();
     ProcessPendingEvents();
-    EXPECT_FALSE(seen.shown);
+    EXPECT_EQ(seen.Count(), 0);
     EXPECT_EQ(ReadFile(target), QByteArray("older"));
 }
 
 TEST_F(ConversionRunTest, CrashingEngineEndsSilently)
 {
     SetMode("crash");
-    SeenMessage seen;
-    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    MessageBoxWatch seen;
     Run();
     ProcessPendingEvents();
-    EXPECT_FALSE(seen.shown);
+    EXPECT_EQ(seen.Count(), 0);
     EXPECT_FALSE(QFile::exists(work.filePath(QStringLiteral("-out 日本.rtf"))));
 }
 
@@ -156,11 +154,10 @@ TEST_F(ConversionRunTest, HostedRunShowsNothingOnSuccess)
 {
     env.state.HostedByWord = -1;
     env.state.DocumentFormat = 1;  // no office suite: the file keeps what the engine wrote
-    SeenMessage seen;
-    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    MessageBoxWatch seen;
     Run();
     ProcessPendingEvents();
-    EXPECT_FALSE(seen.shown);
+    EXPECT_EQ(seen.Count(), 0);
     EXPECT_EQ(ReadFile(work.filePath(QStringLiteral("-out 日本.doc"))).left(6), QByteArray("{\\rtf1"));
 }
 

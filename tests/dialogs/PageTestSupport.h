@@ -73,32 +73,3 @@ protected:
     Forms forms{runtime, env.context, flow};
 };
 
-// Counts every message box that comes up while it lives, and closes it with OK, so that a
-// test can tell that none was shown without blocking when one is.
-class MessageBoxWatch final
-{
-public:
-    MessageBoxWatch()
-    {
-        QObject::connect(&m_timer, &QTimer::timeout, [this] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (!box || !box->isVisible())
-                return;
-            ++m_count;
-            m_texts.append(box->text());
-            if (QAbstractButton* ok = box->button(QMessageBox::Ok))
-                ok->click();
-            else
-                box->reject();
-        });
-        m_timer.start(10);
-    }
-
-    int Count() const { return m_count; }
-    const QStringList& Texts() const { return m_texts; }
-
-private:
-    QTimer m_timer;
-    int m_count = 0;
-    QStringList m_texts;
-};

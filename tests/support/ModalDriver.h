@@ -3,7 +3,11 @@
 // Drives real modal dialogs and message boxes from a test: the answer is arranged before the
 // call that blocks, and runs from a timer once the modal widget is up.
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QMessageBox>
+#include <QStringList>
+#include <QTimer>
 #include <QString>
 #include <QWidget>
 
@@ -36,3 +40,33 @@ T& Child(QWidget& parent, const QString& name)
         qFatal("no child %s", qPrintable(name));
     return *found;
 }
+
+// Counts every message box that comes up while it lives, and closes it with OK, so that a
+// test can tell that none was shown without blocking when one is.
+class MessageBoxWatch final
+{
+public:
+    MessageBoxWatch()
+    {
+        QObject::connect(&m_timer, &QTimer::timeout, [this] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (!box || !box->isVisible())
+                return;
+            ++m_count;
+            m_texts.append(box->text());
+            if (QAbstractButton* ok = box->button(QMessageBox::Ok))
+                ok->click();
+            else
+                box->reject();
+        });
+        m_timer.start(10);
+    }
+
+    int Count() const { return m_count; }
+    const QStringList& Texts() const { return m_texts; }
+
+private:
+    QTimer m_timer;
+    int m_count = 0;
+    QStringList m_texts;
+};
