@@ -1,9 +1,6 @@
 #include "dialogs/DocumentTypeForm.h"
-#include "dialogs/OptionPictures.h"
 #include "dialogs/PageTestSupport.h"
 
-#include <QGroupBox>
-#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -18,80 +15,29 @@ class DocumentTypeFormTest : public PageTest
 {
 protected:
     DocumentTypeForm& Page() { return forms.DocumentType(); }
-
-    QString CheckedOption()
-    {
-        QString checked;
-        for (const QString& name : Options)
-            if (Child<QRadioButton>(Page(), name).isChecked())
-                checked += name;
-        return checked;
-    }
-    QString ShownImage()
-    {
-        QString shown;
-        for (const QString& name : Images)
-            if (!Child<QLabel>(Page(), name).isHidden())
-                shown += name;
-        return shown;
-    }
+    QString ImageOf(const QString& option) { return Images[Options.indexOf(option)]; }
 };
 
 TEST_F(DocumentTypeFormTest, ControlsFollowTheDialogDefinition)
 {
-    struct Control
-    {
-        const char* name;
-        const char* kind;
-        const char* text;
-    };
-    const QList<Control> controls = {
-        {"ButtonNext", "QPushButton", "PDF &Conversion Options >"},
-        {"Picture1", "QLabel", ""},
-        {"OptionLegal", "QRadioButton", "&Legal Pleading PDF"},
-        {"OptionSingle", "QRadioButton", "&Single-Column PDF"},
-        {"OptionMulti", "QRadioButton", "&Multi-Column PDF"},
-        {"ImageMulti", "QLabel", ""},
-        {"ImageSingle", "QLabel", ""},
-        {"ImageLegal", "QLabel", ""},
-        {"LabelOptionLegal", "QLabel", "Select this if your PDF is a legal pleading document."},
-        {"LabelOptionMulti", "QLabel",
-         "Select this if your PDF is complex and may contain multiple columns."},
-        {"LabelOptionSingle", "QLabel",
-         "Select this if your PDF is simple and contains no column at all."},
-        {"LabelDocumentTypeText", "QLabel", "Choose a document type that best describe your PDF"},
-        {"ButtonHelp", "QPushButton", "&Help"},
-        {"ButtonDone", "QPushButton", "&Done"},
-        {"FrameDocumentType", "QGroupBox", "PDF Document Type"},
-    };
-
     DocumentTypeForm page(runtime, forms);  // not loaded: the definition as it stands
-    QStringList order;
-    for (QObject* child : page.children())
-        if (child->isWidgetType())
-            order.append(child->objectName());
-    QStringList expected;
-    for (const Control& control : controls) {
-        expected.append(QString::fromLatin1(control.name));
-        QWidget& widget = Child<QWidget>(page, QString::fromLatin1(control.name));
-        EXPECT_TRUE(widget.inherits(control.kind)) << control.name;
-        QString text;
-        if (auto* button = qobject_cast<QAbstractButton*>(&widget))
-            text = button->text();
-        else if (auto* frame = qobject_cast<QGroupBox*>(&widget))
-            text = frame->title();
-        else if (auto* label = qobject_cast<QLabel*>(&widget))
-            text = label->text();
-        EXPECT_EQ(text, QString::fromUtf8(control.text)) << control.name;
-    }
-    EXPECT_EQ(order.join(u',').toStdString(), expected.join(u',').toStdString());
-    EXPECT_EQ(page.windowTitle(), QStringLiteral("Convert PDF to Word"));
+    ExpectControls(page,
+                   "ButtonNext:QPushButton Picture1:QLabel OptionLegal:QRadioButton "
+                   "OptionSingle:QRadioButton OptionMulti:QRadioButton ImageMulti:QLabel "
+                   "ImageSingle:QLabel ImageLegal:QLabel LabelOptionLegal:QLabel "
+                   "LabelOptionMulti:QLabel LabelOptionSingle:QLabel "
+                   "LabelDocumentTypeText:QLabel ButtonHelp:QPushButton ButtonDone:QPushButton "
+                   "FrameDocumentType:QGroupBox");
+    EXPECT_EQ(TextOf(page, "LabelOptionMulti"),
+              "Select this if your PDF is complex and may contain multiple columns.");
+    EXPECT_EQ(TextOf(page, "LabelOptionSingle"),
+              "Select this if your PDF is simple and contains no column at all.");
+    EXPECT_EQ(TextOf(page, "LabelDocumentTypeText"),
+              "Choose a document type that best describe your PDF");
     EXPECT_EQ(page.font().family(), QStringLiteral("Tahoma"));
     EXPECT_DOUBLE_EQ(page.font().pointSizeF(), 8.25);
     EXPECT_EQ(page.minimumSize(), page.maximumSize());
     EXPECT_FALSE(Child<QLabel>(page, QStringLiteral("Picture1")).pixmap().isNull());
-
-    // The three examples lie at one place.
     const QRect place = Child<QLabel>(page, QStringLiteral("ImageSingle")).geometry();
     EXPECT_EQ(Child<QLabel>(page, QStringLiteral("ImageMulti")).geometry(), place);
     EXPECT_EQ(Child<QLabel>(page, QStringLiteral("ImageLegal")).geometry(), place);
@@ -99,49 +45,26 @@ TEST_F(DocumentTypeFormTest, ControlsFollowTheDialogDefinition)
 
 TEST_F(DocumentTypeFormTest, LoadOptionsSelectsTheTypeAndShowsOnlyItsPicture)
 {
-    struct Row
-    {
-        qint16 documentType;
-        QString option;
-        QString image;
-        qint16 documentTypeAfter;
-    };
     // One page through all rows: each row starts from the previous row's selection.
-    const QList<Row> rows = {
-        {2, "OptionMulti", "ImageMulti", 2},    {3, "OptionLegal", "ImageLegal", 3},
-        {1, "OptionSingle", "ImageSingle", 1},  {3, "OptionLegal", "ImageLegal", 3},
-        {7, "OptionSingle", "ImageSingle", 1},  {2, "OptionMulti", "ImageMulti", 2},
-        {0, "OptionSingle", "ImageSingle", 1},  {3, "OptionLegal", "ImageLegal", 3},
-        {-1, "OptionSingle", "ImageSingle", 1},
+    const QList<std::pair<qint16, QString>> rows = {
+        {2, "OptionMulti"},  {3, "OptionLegal"}, {7, "OptionSingle"}, {3, "OptionLegal"},
+        {1, "OptionSingle"}, {2, "OptionMulti"}, {0, "OptionSingle"},
     };
-    for (const Row& row : rows) {
-        env.state.DocumentType = row.documentType;
+    for (const auto& [documentType, option] : rows) {
+        env.state.DocumentType = documentType;
         env.state.DetectHeader = 0;
         env.state.ConversionMethod = 3;
         Page().LoadOptions();
-        EXPECT_EQ(CheckedOption(), row.option) << "DocumentType " << row.documentType;
-        EXPECT_EQ(ShownImage(), row.image) << "DocumentType " << row.documentType;
-        EXPECT_EQ(env.state.DocumentType, row.documentTypeAfter);
+        EXPECT_EQ(CheckedAmong(Page(), Options), option) << "DocumentType " << documentType;
+        EXPECT_EQ(ShownAmong(Page(), Images), ImageOf(option)) << "DocumentType " << documentType;
+        EXPECT_EQ(env.state.DocumentType, Options.indexOf(option) + 1);
         // Showing a pleading forces nothing; only leaving the page does.
         EXPECT_EQ(env.state.DetectHeader, 0);
         EXPECT_EQ(env.state.ConversionMethod, 3);
     }
 }
 
-TEST_F(DocumentTypeFormTest, ClickingAnOptionShowsItsPictureAndChangesNoField)
-{
-    env.state.DocumentType = 1;
-    env.state.ConversionMethod = 3;
-    Page().LoadOptions();
-    for (int i : {2, 1, 0, 2}) {
-        Child<QRadioButton>(Page(), Options[i]).click();
-        EXPECT_EQ(ShownImage(), Images[i]);
-        EXPECT_EQ(env.state.DocumentType, 1);
-        EXPECT_EQ(env.state.ConversionMethod, 3);
-    }
-}
-
-TEST_F(DocumentTypeFormTest, UpdateOptionsWritesTheTypeAndWhatAPleadingForces)
+TEST_F(DocumentTypeFormTest, UpdateOptionsWritesTheClickedTypeAndWhatAPleadingForces)
 {
     struct Row
     {
@@ -154,21 +77,20 @@ TEST_F(DocumentTypeFormTest, UpdateOptionsWritesTheTypeAndWhatAPleadingForces)
         qint16 conversionMethodAfter;
     };
     const QList<Row> rows = {
-        {1, "OptionMulti", 0, 3, 2, 0, 3},
-        {2, "OptionSingle", 0, 2, 1, 0, 2},
-        {1, "OptionLegal", 0, 3, 3, 1, 1},
-        {2, "OptionLegal", 1, 2, 3, 1, 1},
-        {3, "OptionSingle", 1, 1, 1, 1, 1},
-        {3, "OptionMulti", 0, 3, 2, 0, 3},
-        {3, "", 0, 2, 3, 1, 1},
+        {1, "OptionMulti", 0, 3, 2, 0, 3}, {2, "OptionSingle", 0, 2, 1, 0, 2},
+        {1, "OptionLegal", 0, 3, 3, 1, 1}, {3, "OptionSingle", 1, 1, 1, 1, 1},
+        {3, "OptionMulti", 0, 3, 2, 0, 3}, {3, "", 0, 2, 3, 1, 1},
     };
     for (const Row& row : rows) {
         env.state.DocumentType = row.documentType;
         Page().LoadOptions();
-        if (!row.click.isEmpty())
-            Child<QRadioButton>(Page(), row.click).click();
         env.state.DetectHeader = row.detectHeader;
         env.state.ConversionMethod = row.conversionMethod;
+        if (!row.click.isEmpty()) {
+            Child<QRadioButton>(Page(), row.click).click();
+            EXPECT_EQ(ShownAmong(Page(), Images), ImageOf(row.click));
+            EXPECT_EQ(env.state.DocumentType, row.documentType) << "a click alone writes nothing";
+        }
         EXPECT_TRUE(Page().UpdateOptions());
         EXPECT_EQ(env.state.DocumentType, row.documentTypeAfter) << qPrintable(row.click);
         EXPECT_EQ(env.state.DetectHeader, row.detectHeaderAfter) << qPrintable(row.click);
@@ -181,7 +103,7 @@ TEST_F(DocumentTypeFormTest, UpdateOptionsWithNoOptionSelectedGivesSingleColumn)
     env.state.DocumentType = 3;
     env.state.ConversionMethod = 2;
     // The page is loaded but was never activated, so nothing is selected yet.
-    EXPECT_EQ(CheckedOption(), QString());
+    EXPECT_EQ(CheckedAmong(Page(), Options), QString());
     EXPECT_TRUE(Page().UpdateOptions());
     EXPECT_EQ(env.state.DocumentType, 1);
     EXPECT_EQ(env.state.ConversionMethod, 2);
@@ -191,7 +113,6 @@ TEST_F(DocumentTypeFormTest, DoneSavesTheOptionsAndUnloadsThePage)
 {
     env.state.DocumentType = 1;
     env.state.ConversionMethod = 3;
-    env.state.DetectHeader = 0;
     env.state.DocumentFormat = 2;
     DocumentTypeForm& page = Page();
     page.LoadOptions();
@@ -206,12 +127,17 @@ TEST_F(DocumentTypeFormTest, DoneSavesTheOptionsAndUnloadsThePage)
     EXPECT_EQ(env.store.values.value(SettingsNames::DocumentFormat).toInt(), 2);
 }
 
-TEST_F(DocumentTypeFormTest, ClosingByTheWindowFrameUnloadsWithoutWritingTheChoice)
+TEST_F(DocumentTypeFormTest, HelpAndClosingByTheWindowFrameWriteNothing)
 {
     env.state.DocumentType = 2;
     DocumentTypeForm& page = Page();
     page.LoadOptions();
     Child<QRadioButton>(page, QStringLiteral("OptionLegal")).click();
+    Child<QPushButton>(page, QStringLiteral("ButtonHelp")).click();
+    ASSERT_EQ(env.help.anchors, QStringList{QStringLiteral("convertPDFType")});
+    EXPECT_TRUE(env.help.pages.first().endsWith(QStringLiteral("/options.htm")));
+    EXPECT_TRUE(runtime.IsLoaded(&page));
+
     page.close();
     EXPECT_FALSE(runtime.IsLoaded(&page));
     EXPECT_EQ(env.state.DocumentType, 2);
@@ -219,60 +145,26 @@ TEST_F(DocumentTypeFormTest, ClosingByTheWindowFrameUnloadsWithoutWritingTheChoi
     EXPECT_TRUE(env.store.writes.isEmpty());
 }
 
-TEST_F(DocumentTypeFormTest, HelpOpensTheDocumentTypeTopicAndChangesNothing)
-{
-    env.state.DocumentType = 1;
-    Page().LoadOptions();
-    Child<QRadioButton>(Page(), QStringLiteral("OptionLegal")).click();
-    Child<QPushButton>(Page(), QStringLiteral("ButtonHelp")).click();
-    ASSERT_EQ(env.help.anchors, QStringList{QStringLiteral("convertPDFType")});
-    EXPECT_TRUE(env.help.pages.first().endsWith(QStringLiteral("/options.htm")));
-    EXPECT_EQ(env.state.DocumentType, 1);
-    EXPECT_EQ(env.state.DetectHeader, 0);
-    EXPECT_TRUE(runtime.IsLoaded(&Page()));
-}
-
 TEST_F(DocumentTypeFormTest, LoadSetsTextsAndPicturesOfTheUsersLanguage)
 {
     DocumentTypeForm& page = Page();
-    struct Row
-    {
-        const char* name;
-        QString english;
-        QString japanese;
-    };
-    const QList<Row> rows = {
-        {"OptionMulti", "&Multi-Column PDF", "複数段の段組を含むPDF(&M)"},
-        {"OptionSingle", "&Single-Column PDF", "段組が1段のみのPDF(&S)"},
-        {"OptionLegal", "&Legal Pleading PDF", "法的書類のPDF(&L)"},
-        {"ButtonNext", "PDF &Conversion Options >", "PDF変換オプションへ(&C) →"},
-        {"ButtonDone", "&Done", "完了(&D)"},
-        {"ButtonHelp", "&Help", "ヘルプ(&H)"},
-    };
-    for (const Row& row : rows)
-        EXPECT_EQ(Child<QAbstractButton>(page, QString::fromLatin1(row.name)).text(),
-                  InTestLanguage(row.english, row.japanese))
-            << row.name;
-    EXPECT_EQ(
-        Child<QLabel>(page, QStringLiteral("LabelOptionLegal")).text(),
-        InTestLanguage(QStringLiteral("Select this if your PDF is a legal pleading document."),
-                       QStringLiteral("米国形式の法廷で使用する文書のみに対応しています。")));
-    EXPECT_EQ(Child<QGroupBox>(page, QStringLiteral("FrameDocumentType")).title(),
-              InTestLanguage(QStringLiteral("PDF Document Type"), QStringLiteral("PDF文書の種類")));
+    ExpectTexts(page,
+                {
+                    {"OptionMulti", "&Multi-Column PDF", "複数段の段組を含むPDF(&M)"},
+                    {"OptionSingle", "&Single-Column PDF", "段組が1段のみのPDF(&S)"},
+                    {"OptionLegal", "&Legal Pleading PDF", "法的書類のPDF(&L)"},
+                    {"ButtonNext", "PDF &Conversion Options >", "PDF変換オプションへ(&C) →"},
+                    {"ButtonDone", "&Done", "完了(&D)"},
+                    {"ButtonHelp", "&Help", "ヘルプ(&H)"},
+                    {"LabelOptionLegal", "Select this if your PDF is a legal pleading document.",
+                     "米国形式の法廷で使用する文書のみに対応しています。"},
+                    {"FrameDocumentType", "PDF Document Type", "PDF文書の種類"},
+                });
     EXPECT_EQ(page.windowTitle(), InTestLanguage(QStringLiteral("Convert PDF to Word"),
                                                  QStringLiteral("PDFをWordに変換")));
-
-    const QList<std::pair<QString, OptionPicture>> pictures = {
-        {QStringLiteral("ImageSingle"), OptionPicture::SingleColumn},
-        {QStringLiteral("ImageMulti"), OptionPicture::MultiColumn},
-        {QStringLiteral("ImageLegal"), OptionPicture::Pleading},
-    };
-    const PictureLanguage language =
-        TestingJapanese() ? PictureLanguage::Japanese : PictureLanguage::English;
-    for (const auto& [name, picture] : pictures)
-        EXPECT_EQ(Child<QLabel>(page, name).pixmap().toImage(),
-                  DrawOptionPicture(picture, language).toImage())
-            << qPrintable(name);
+    ExpectPictures(page, {{QStringLiteral("ImageSingle"), OptionPicture::SingleColumn},
+                          {QStringLiteral("ImageMulti"), OptionPicture::MultiColumn},
+                          {QStringLiteral("ImageLegal"), OptionPicture::Pleading}});
 }
 
 }  // namespace

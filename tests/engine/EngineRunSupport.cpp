@@ -15,17 +15,7 @@ namespace enginetest {
 void StoreOptions(const std::function<void(RunState&)>& edit)
 {
     RunState state;
-    state.AdjustFontNames = 1;
-    state.AdjustSpacing = 1;
-    state.ConversionMethod = 2;
-    state.DetectHeader = 1;
-    state.DocumentType = 2;
-    state.JpegQuality = 85;
-    state.MergeParagraph = 1;
-    state.MergeText = 1;
-    state.PreserveTextPosition = 1;
-    state.ShrinkFonts = 1;
-    state.ZoomDpi = 96;
+    ParseOptions(state);  // no stored document yet: a first start's options
     if (edit)
         edit(state);
     const auto shell = QSettingsShellFactory()();

@@ -38,6 +38,8 @@ protected:
         const QString target = path(QString::fromStdString(name) + ".out.rtf");
         const EngineResult result = RunEngine({fixture(name), target, "-C", "-H"});
         EXPECT_EQ(result.exitCode, 0) << result.err.toStdString();
+        EXPECT_TRUE(result.out.isEmpty()) << "hidden runs print nothing";
+        EXPECT_TRUE(result.err.isEmpty());
         return ReadFile(target).toStdString();
     }
 
@@ -118,15 +120,6 @@ TEST_F(EngineRun, WritesRtfWhateverTheTargetsExtensionAndOnlyThen)
         EXPECT_EQ(Count(rtf, "{"), Count(rtf, "}")) << row.method;
     }
     EXPECT_EQ(QDir(m_dir.path()).entryList({"*.~*"}, QDir::Files), QStringList{});
-}
-
-TEST_F(EngineRun, HiddenRunsPrintNothing)
-{
-    StoreOptions();
-    const EngineResult result = RunEngine({fixture("prose"), path("quiet.rtf"), "-C", "-H"});
-    EXPECT_EQ(result.exitCode, 0);
-    EXPECT_TRUE(result.out.isEmpty());
-    EXPECT_TRUE(result.err.isEmpty());
 }
 
 TEST_F(EngineRun, PreviewRendersThePagesOfTheRangeAsBitmaps)

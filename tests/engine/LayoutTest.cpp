@@ -57,7 +57,6 @@ TEST(SplitIntoFragments, CutsAtGapsWiderThanTheTextIsHigh)
     };
     const std::vector<Row> rows{
         {"one run", {{72, "plain words here"}}, {"plain words here"}},
-        {"gap of 4 points", {{72, "left"}, {96, "right"}}, {"left right"}},
         {"gap of 9 points", {{72, "left"}, {101, "right"}}, {"left right"}},
         {"gap of 11 points", {{72, "left"}, {103, "right"}}, {"left", "right"}},
         {"three cells", {{72, "a"}, {150, "b"}, {300, "c"}}, {"a", "b", "c"}},
