@@ -25,9 +25,6 @@ ThumbnailForm::ThumbnailForm(DialogRuntime& runtime, AppContext& context)
 {
     setObjectName(QStringLiteral("ThumbnailForm"));
     setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint);
-    QFont dialogFont(QStringLiteral("Tahoma"));
-    dialogFont.setPointSizeF(8.25);
-    setFont(dialogFont);
     SetFixedClientSizeTwips(3735, 1215);
 
     m_labelMessage = new QLabel(QStringLiteral("Generating preview..."), this);

@@ -20,9 +20,6 @@ WaitForm::WaitForm(DialogRuntime& runtime, AppContext& context) : Form(runtime),
 {
     setObjectName(QStringLiteral("WaitForm"));
     setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint);
-    QFont dialogFont(QStringLiteral("Tahoma"));
-    dialogFont.setPointSizeF(8.25);
-    setFont(dialogFont);
     SetFixedClientSizeTwips(3735, 735);
 
     m_labelMessage = new QLabel(QStringLiteral("Converting..."), this);

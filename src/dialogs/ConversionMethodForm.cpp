@@ -45,9 +45,6 @@ ConversionMethodForm::ConversionMethodForm(DialogRuntime& runtime, Forms& forms)
 {
     setObjectName(QStringLiteral("ConversionMethodForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
-    QFont dialogFont(QStringLiteral("Tahoma"));
-    dialogFont.setPointSizeF(8.25);
-    setFont(dialogFont);
     SetFixedClientSizeTwips(ClientWidth, ClientHeight);
 
     auto makeButton = [this](const char* name, const QString& text, float left, float width) {

@@ -43,9 +43,6 @@ DocumentTypeForm::DocumentTypeForm(DialogRuntime& runtime, Forms& forms)
 {
     setObjectName(QStringLiteral("DocumentTypeForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
-    QFont dialogFont(QStringLiteral("Tahoma"));
-    dialogFont.setPointSizeF(8.25);
-    setFont(dialogFont);
     SetFixedClientSizeTwips(ClientWidth, ClientHeight);
 
     auto makeButton = [this](const char* name, const QString& text, float left, float width) {

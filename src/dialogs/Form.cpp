@@ -19,6 +19,11 @@ Form::Form(DialogRuntime& runtime) : QDialog(nullptr), m_runtime(runtime)
     // Dialogs are single instances that the runtime deletes after their unload.
     setAttribute(Qt::WA_DeleteOnClose, false);
     setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+    // Every dialog is defined in Tahoma at 8.25 points; the Japanese overlay replaces it on
+    // the controls when a dialog loads.
+    QFont definitionFont(QStringLiteral("Tahoma"));
+    definitionFont.setPointSizeF(8.25);
+    setFont(definitionFont);
 }
 
 Form::~Form() = default;

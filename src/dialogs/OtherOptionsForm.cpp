@@ -44,9 +44,6 @@ OtherOptionsForm::OtherOptionsForm(DialogRuntime& runtime, Forms& forms)
 {
     setObjectName(QStringLiteral("OtherOptionsForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
-    QFont dialogFont(QStringLiteral("Tahoma"));
-    dialogFont.setPointSizeF(8.25);
-    setFont(dialogFont);
     SetFixedClientSizeTwips(ClientWidth, ClientHeight);
 
     auto place = [this](QWidget* control, const char* name, float left, float top, float width,

@@ -29,13 +29,6 @@ constexpr float RowHeight = 255;
 constexpr float RowStep = 405;
 constexpr float ValueColumn = 1800;
 
-QFont DialogFont()
-{
-    QFont font(QStringLiteral("Tahoma"));
-    font.setPointSizeF(8.25);
-    return font;
-}
-
 }  // namespace
 
 WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow)
@@ -43,7 +36,6 @@ WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow
 {
     setObjectName(QStringLiteral("WelcomeForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
-    setFont(DialogFont());
     SetFixedClientSizeTwips(ClientWidth, ClientHeight);
 
     m_framePreview = new QGroupBox(QStringLiteral("Preview"), this);

@@ -15,9 +15,6 @@ PageRangeForm::PageRangeForm(DialogRuntime& runtime, RunState& state) : Form(run
 {
     setObjectName(QStringLiteral("PageRangeForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
-    QFont dialogFont(QStringLiteral("Tahoma"));
-    dialogFont.setPointSizeF(8.25);
-    setFont(dialogFont);
     SetFixedClientSizeTwips(5805, 1935);
 
     m_frameSpecifyPageRange = new QGroupBox(QStringLiteral("Specify Page Range"), this);

@@ -12,9 +12,6 @@ PasswordForm::PasswordForm(DialogRuntime& runtime, RunState& state) : Form(runti
 {
     setObjectName(QStringLiteral("PasswordForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
-    QFont dialogFont(QStringLiteral("Tahoma"));
-    dialogFont.setPointSizeF(8.25);
-    setFont(dialogFont);
     SetFixedClientSizeTwips(4935, 1665);
 
     m_labelMessage = new QLabel(QStringLiteral("File is protected.  Please enter a password:"), this);
