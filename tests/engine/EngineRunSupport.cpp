@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <gtest/gtest.h>
@@ -51,6 +52,16 @@ velmora::fixtures::Fixture StandardFixture(const std::string& name)
     }
     ADD_FAILURE() << "no fixture " << name;
     return {};
+}
+
+QString WriteFixture(const QString& dir, const std::string& name)
+{
+    const QString file = dir + u'/' + QString::fromStdString(name) + ".pdf";
+    if (!QFileInfo::exists(file)) {
+        const auto plan = StandardFixture(name);
+        velmora::fixtures::WritePdf(file.toStdString(), plan.pages, plan.password);
+    }
+    return file;
 }
 
 QByteArray RawPdf(const std::vector<QByteArray>& objects)

@@ -31,6 +31,8 @@ EngineResult RunEngine(const QStringList& arguments, int timeoutMs = 60000);
 
 // A fixture by name from the standard set.
 velmora::fixtures::Fixture StandardFixture(const std::string& name);
+// The standard fixture `name` as "<dir>/<name>.pdf", written on first use.
+QString WriteFixture(const QString& dir, const std::string& name);
 
 // A PDF from its numbered objects' bodies ("<< /Type /Catalog ... >>"), with a correct
 // cross-reference table; object 1 is the catalogue.

@@ -20,16 +20,7 @@ protected:
 
     QString path(const QString& name) const { return m_dir.filePath(name); }
 
-    // Writes a standard fixture's PDF once and gives its path.
-    QString fixture(const std::string& name)
-    {
-        const QString file = path(QString::fromStdString(name) + ".pdf");
-        if (!QFileInfo::exists(file)) {
-            const auto plan = StandardFixture(name);
-            WritePdf(file.toStdString(), plan.pages, plan.password);
-        }
-        return file;
-    }
+    QString fixture(const std::string& name) { return WriteFixture(m_dir.path(), name); }
 
     // Converts with the options `edit` sets and gives the RTF, or fails the test.
     std::string convert(const std::string& name, const std::function<void(RunState&)>& edit = {})

@@ -27,10 +27,7 @@ TEST(GetPageCount, CountsPagesAndTellsPasswordsAndFailuresApart)
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
     const auto write = [&dir](const std::string& name) {
-        const auto fixture = StandardFixture(name);
-        const std::string path = dir.filePath(QString::fromStdString(name) + ".pdf").toStdString();
-        velmora::fixtures::WritePdf(path, fixture.pages, fixture.password);
-        return path;
+        return WriteFixture(dir.path(), name).toStdString();
     };
     const std::string garbage = dir.filePath("garbage.pdf").toStdString();
     WriteFile(QString::fromStdString(garbage), QByteArray(5000, 'x'));

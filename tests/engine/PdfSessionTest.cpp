@@ -11,23 +11,11 @@ using velmora::OpenStatus;
 using velmora::PdfError;
 using velmora::PdfSession;
 
-namespace {
-
-std::string WriteFixture(const QTemporaryDir& dir, const std::string& name)
-{
-    const auto fixture = StandardFixture(name);
-    const std::string path = dir.filePath(QString::fromStdString(name) + ".pdf").toStdString();
-    velmora::fixtures::WritePdf(path, fixture.pages, fixture.password);
-    return path;
-}
-
-}  // namespace
-
 TEST(PdfSession, StopsReadingOnceAborted)
 {
     QTemporaryDir dir;
     PdfSession pdf;
-    ASSERT_EQ(pdf.open(WriteFixture(dir, "article"), {}), OpenStatus::Opened);
+    ASSERT_EQ(pdf.open(WriteFixture(dir.path(), "article").toStdString(), {}), OpenStatus::Opened);
     velmora::FontTable fonts;
     EXPECT_FALSE(pdf.readPage(0, {}, fonts).lines.empty());
     pdf.abortWork();
@@ -38,7 +26,7 @@ TEST(PdfSession, StopsReadingOnceAborted)
 TEST(PdfSession, StaysUnderItsMemoryCeiling)
 {
     QTemporaryDir dir;
-    const std::string japanese = WriteFixture(dir, "japanese");
+    const std::string japanese = WriteFixture(dir.path(), "japanese").toStdString();
     // The embedded font alone is larger than this ceiling: MuPDF either gives up or falls
     // back to a font of its own, but never goes past the ceiling.
     PdfSession small(std::size_t{2} << 20);
@@ -60,7 +48,7 @@ TEST(PdfSession, StaysUnderItsMemoryCeiling)
 TEST(PdfSession, OpensFromMemoryAndTriesEachPassword)
 {
     QTemporaryDir dir;
-    const QByteArray locked = ReadFile(QString::fromStdString(WriteFixture(dir, "locked")));
+    const QByteArray locked = ReadFile(WriteFixture(dir.path(), "locked"));
     const auto* bytes = reinterpret_cast<const uint8_t*>(locked.constData());
     const auto size = static_cast<std::size_t>(locked.size());
     struct Row
