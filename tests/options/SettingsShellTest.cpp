@@ -125,7 +125,6 @@ TEST_F(SettingsShellTest, TextsComeBackExactly)
     edited.Passwords = QStringLiteral(u"パスワード \"q\" & <b> \\ ; # = , %");
     const QString texts[] = {
         QString(),
-        BuildOptionsDocument(RunState()),
         BuildOptionsDocument(edited),
         QStringLiteral("C:\\in\\a.pdf"),
         QStringLiteral("  blanks around  "),

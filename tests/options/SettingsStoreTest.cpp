@@ -28,18 +28,9 @@ QString StoredDocument()
     return BuildOptionsDocument(s);
 }
 
-TEST(LoadSettings, FirstStartCreatesAllFourValues)
+// The values a run gets from a store that is empty or can't be used.
+void ExpectDefaults(const RunState& state)
 {
-    FakeStore store;
-    RunState state;
-    LoadSettings(state, store.Factory());
-
-    EXPECT_EQ(store.shellsMade, 1);
-    EXPECT_EQ(store.writes, QStringList({Document, PreviewThumb, DocumentFormat, LaunchWord}));
-    EXPECT_EQ(store.values.value(Document), QVariant(QString()));
-    for (const QString& name : {PreviewThumb, DocumentFormat, LaunchWord})
-        EXPECT_EQ(store.values.value(name), QVariant(1)) << name.toStdString();
-
     EXPECT_EQ(state.PreviewThumb, 1);
     EXPECT_EQ(state.DocumentFormat, 1);
     EXPECT_EQ(state.LaunchWord, 1);
@@ -51,132 +42,77 @@ TEST(LoadSettings, FirstStartCreatesAllFourValues)
     EXPECT_EQ(state.Passwords, QString());
 }
 
+TEST(LoadSettings, FirstStartCreatesAllFourValues)
+{
+    FakeStore store;
+    RunState state;
+    LoadSettings(state, store.Factory());
+
+    EXPECT_EQ(store.shellsMade, 1);
+    EXPECT_EQ(store.writes, QStringList({Document, PreviewThumb, DocumentFormat, LaunchWord}));
+    EXPECT_EQ(store.values.value(Document), QVariant(QString()));
+    for (const QString& name : {PreviewThumb, DocumentFormat, LaunchWord})
+        EXPECT_EQ(store.values.value(name), QVariant(1)) << name.toStdString();
+    ExpectDefaults(state);
+}
+
 struct SwitchRow
 {
     const char* name;
     qint16 hostedByWord;
-    std::optional<QVariant> previewThumb;  // stored value, or none
-    std::optional<QVariant> documentFormat;
-    std::optional<QVariant> launchWord;
-    qint16 expectedPreviewThumb;
-    qint16 expectedDocumentFormat;
-    qint16 expectedLaunchWord;
+    std::optional<QVariant> stored[3];  // PreviewThumb, DocumentFormat, LaunchWord; none: missing
+    qint16 expected[3];
     QStringList expectedWrites;
 };
 
 TEST(LoadSettings, ReadsTheSwitchesAndRewritesOnlyWhatIsMissingOrUnreadable)
 {
     const std::optional<QVariant> none;
+    const QVariant zero(0), one(1), two(2);
+    const QStringList all = {PreviewThumb, DocumentFormat, LaunchWord};
+    const QStringList firstTwo = {PreviewThumb, DocumentFormat};
     const SwitchRow rows[] = {
-        {"stored numbers", 0, QVariant(0), QVariant(2), QVariant(0), 0, 2, 0, {}},
-        {"PreviewThumb 0 is kept and not rewritten",
+        {"stored numbers", 0, {zero, two, zero}, {0, 2, 0}, {}},
+        {"numbers as text", 0, {QVariant("0"), QVariant(" 2 "), QVariant("-1")}, {0, 2, -1}, {}},
+        {"LaunchWord \"abc\" becomes 1", 0, {one, one, QVariant("abc")}, {1, 1, 1}, {LaunchWord}},
+        {"past 16 bits", 0, {QVariant(70000), QVariant("70000"), QVariant(-32769)}, {1, 1, 1}, all},
+        {"16-bit limits",
          0,
-         QVariant(0),
-         QVariant(1),
-         QVariant(1),
-         0,
-         1,
-         1,
+         {QVariant(32767), QVariant(-32768), QVariant("32767")},
+         {32767, -32768, 32767},
          {}},
-        {"numbers stored as text", 0, QVariant("0"), QVariant(" 2 "), QVariant("-1"), 0, 2, -1, {}},
-        {"LaunchWord \"abc\" becomes 1",
+        {"another kind",
          0,
-         QVariant(1),
-         QVariant(1),
-         QVariant("abc"),
-         1,
-         1,
-         1,
-         {LaunchWord}},
-        {"numbers past 16 bits count as missing",
-         0,
-         QVariant(70000),
-         QVariant("70000"),
-         QVariant(-32769),
-         1,
-         1,
-         1,
-         {PreviewThumb, DocumentFormat, LaunchWord}},
-        {"16-bit limits are kept",
-         0,
-         QVariant(32767),
-         QVariant(-32768),
-         QVariant("32767"),
-         32767,
-         -32768,
-         32767,
-         {}},
-        {"a value of another kind counts as missing",
-         0,
-         QVariant(QStringList{"a", "b"}),
-         QVariant(1.5),
-         QVariant(1),
-         1,
-         1,
-         1,
-         {PreviewThumb, DocumentFormat}},
-        {"missing switches are made",
-         0,
-         none,
-         none,
-         QVariant(0),
-         1,
-         1,
-         0,
-         {PreviewThumb, DocumentFormat}},
-        {"out-of-range DocumentFormat is left for the dialogs",
-         0,
-         QVariant(1),
-         QVariant(-5),
-         QVariant(1),
-         1,
-         -5,
-         1,
-         {}},
-        {"hosted: the stored DocumentFormat is neither read nor written",
-         -1,
-         QVariant(1),
-         QVariant(2),
-         QVariant(1),
-         1,
-         1,
-         1,
-         {}},
-        {"hosted: a missing DocumentFormat is not made",
-         -1,
-         QVariant(0),
-         none,
-         QVariant(0),
-         0,
-         1,
-         0,
-         {}},
+         {QVariant(QStringList{"a", "b"}), QVariant(1.5), one},
+         {1, 1, 1},
+         firstTwo},
+        {"missing switches are made", 0, {none, none, zero}, {1, 1, 0}, firstTwo},
+        {"out-of-range DocumentFormat is left", 0, {one, QVariant(-5), one}, {1, -5, 1}, {}},
+        {"hosted: DocumentFormat neither read nor written", -1, {one, two, one}, {1, 1, 1}, {}},
+        {"hosted: a missing DocumentFormat is not made", -1, {zero, none, zero}, {0, 1, 0}, {}},
     };
     for (const SwitchRow& row : rows) {
         SCOPED_TRACE(row.name);
         FakeStore store;
         store.values.insert(Document, QString());
-        const std::pair<QString, std::optional<QVariant>> stored[] = {
-            {PreviewThumb, row.previewThumb},
-            {DocumentFormat, row.documentFormat},
-            {LaunchWord, row.launchWord}};
-        for (const auto& [name, value] : stored)
-            if (value)
-                store.values.insert(name, *value);
+        const QString names[] = {PreviewThumb, DocumentFormat, LaunchWord};
+        for (int i = 0; i < 3; ++i)
+            if (row.stored[i])
+                store.values.insert(names[i], *row.stored[i]);
 
         RunState state;
         state.HostedByWord = row.hostedByWord;
         state.DocumentFormat = 2;
         LoadSettings(state, store.Factory());
 
-        EXPECT_EQ(state.PreviewThumb, row.expectedPreviewThumb);
-        EXPECT_EQ(state.DocumentFormat, row.expectedDocumentFormat);
-        EXPECT_EQ(state.LaunchWord, row.expectedLaunchWord);
+        EXPECT_EQ(state.PreviewThumb, row.expected[0]);
+        EXPECT_EQ(state.DocumentFormat, row.expected[1]);
+        EXPECT_EQ(state.LaunchWord, row.expected[2]);
         EXPECT_EQ(store.writes, row.expectedWrites);
         for (const QString& name : row.expectedWrites)
-            EXPECT_EQ(store.values.value(name), QVariant(1)) << name.toStdString();
+            EXPECT_EQ(store.values.value(name), one) << name.toStdString();
         if (row.hostedByWord != 0) {
-            EXPECT_EQ(store.values.value(DocumentFormat), row.documentFormat.value_or(QVariant()));
+            EXPECT_EQ(store.values.value(DocumentFormat), row.stored[1].value_or(QVariant()));
         }
     }
 }
@@ -220,13 +156,7 @@ TEST(LoadSettings, AFailingStoreGivesTheDefaultsAndNoError)
         LoadSettings(state,
                      failure == Failure::EmptyFactory ? SettingsShellFactory() : store.Factory());
 
-        EXPECT_EQ(state.PreviewThumb, 1);
-        EXPECT_EQ(state.DocumentFormat, 1);
-        EXPECT_EQ(state.LaunchWord, 1);
-        EXPECT_EQ(state.OptionsDocument, QString());
-        EXPECT_EQ(state.ConversionMethod, 2);
-        EXPECT_EQ(state.JpegQuality, 85);
-        EXPECT_EQ(state.Passwords, QString());
+        ExpectDefaults(state);
         if (failure == Failure::Reads) {
             EXPECT_EQ(store.writes,
                       QStringList({Document, PreviewThumb, DocumentFormat, LaunchWord}));
@@ -320,24 +250,6 @@ TEST(SaveOptions, WithoutKeepingTheRunsPasswordsTakesTheStoredOnes)
     }
 }
 
-TEST(SaveOptions, AfterTheIntakeClearedThePasswordTheStoredOneIsKept)
-{
-    FakeStore store;
-    store.values.insert(Document, StoredDocument());
-    RunState state;
-    LoadSettings(state, store.Factory());
-    state.Passwords.clear();  // as the intake does before its first attempt
-    state.JpegQuality = 70;
-    SaveOptions(state, store.Factory(), false);
-
-    RunState next;
-    LoadSettings(next, store.Factory());
-    EXPECT_EQ(next.Passwords, QStringLiteral("secret"));
-    EXPECT_EQ(next.PasswordLen, 7);
-    EXPECT_EQ(next.PasswordSeparator, 44);
-    EXPECT_EQ(next.JpegQuality, 70);
-}
-
 TEST(SaveOptions, AnAcceptedPasswordOutlastsTheRun)
 {
     const QString passwords[] = {QStringLiteral("p"), QStringLiteral(u"日本語のパスワード"),
@@ -351,8 +263,10 @@ TEST(SaveOptions, AnAcceptedPasswordOutlastsTheRun)
         state.PasswordLen = static_cast<qint16>(password.size() + 1);
         state.PasswordSeparator = 44;
         SaveOptions(state, store.Factory(), true);
-        // A later save without the run's passwords keeps the accepted one.
+        // A later save without the run's passwords (the intake clears them before its first
+        // attempt) keeps the accepted one, and still saves the other values.
         state.Passwords.clear();
+        state.JpegQuality = 70;
         SaveOptions(state, store.Factory(), false);
 
         RunState next;
@@ -361,6 +275,7 @@ TEST(SaveOptions, AnAcceptedPasswordOutlastsTheRun)
         EXPECT_EQ(next.Passwords, password.section(u'"', 0, 0));
         EXPECT_EQ(next.PasswordLen, password.size() + 1);
         EXPECT_EQ(next.PasswordSeparator, 44);
+        EXPECT_EQ(next.JpegQuality, 70);
     }
 }
 

@@ -10,60 +10,47 @@
 
 namespace {
 
-TEST(MessageBoxTest, ShowsTheTextUnderTheApplicationTitleWithTheAskedIcon)
+TEST(MessageBoxTest, ShowsAModalPlainTextBoxWithTheAskedIconAndButtons)
 {
     struct Row
     {
         MessageIcon icon;
         QMessageBox::Icon shown;
-    };
-    const Row rows[] = {{MessageIcon::Critical, QMessageBox::Critical},
-                        {MessageIcon::Exclamation, QMessageBox::Warning},
-                        {MessageIcon::Information, QMessageBox::Information}};
-    for (const Row& row : rows) {
-        SeenMessage seen;
-        AnswerNextMessageBox(QMessageBox::Ok, &seen);
-        // Markup in a file name must show as it is.
-        const QString text = QStringLiteral("<b>a & b</b>.pdf");
-        EXPECT_EQ(ShowMessage(nullptr, text, row.icon), MessageAnswer::Ok);
-        EXPECT_TRUE(seen.shown);
-        EXPECT_EQ(seen.text, text);
-        EXPECT_EQ(seen.title, QStringLiteral("PDF to Word Converter"));
-        EXPECT_EQ(seen.icon, row.shown);
-    }
-}
-
-TEST(MessageBoxTest, IsModalPlainTextAndOffersTheAskedButtons)
-{
-    struct Row
-    {
         MessageButtons buttons;
         QMessageBox::StandardButton click;
         MessageAnswer answer;
-        QMessageBox::StandardButtons offered;
     };
     const Row rows[] = {
-        {MessageButtons::Ok, QMessageBox::Ok, MessageAnswer::Ok, QMessageBox::Ok},
-        {MessageButtons::OkCancel, QMessageBox::Ok, MessageAnswer::Ok,
-         QMessageBox::Ok | QMessageBox::Cancel},
-        {MessageButtons::OkCancel, QMessageBox::Cancel, MessageAnswer::Cancel,
-         QMessageBox::Ok | QMessageBox::Cancel},
+        {MessageIcon::Critical, QMessageBox::Critical, MessageButtons::Ok, QMessageBox::Ok,
+         MessageAnswer::Ok},
+        {MessageIcon::Exclamation, QMessageBox::Warning, MessageButtons::OkCancel, QMessageBox::Ok,
+         MessageAnswer::Ok},
+        {MessageIcon::Information, QMessageBox::Information, MessageButtons::OkCancel,
+         QMessageBox::Cancel, MessageAnswer::Cancel},
     };
+    // Markup in a file name must show as it is.
+    const QString text = QStringLiteral("<b>a & b</b>.pdf");
     for (const Row& row : rows) {
+        SCOPED_TRACE(static_cast<int>(row.shown));
+        SeenMessage seen;
         QMessageBox::StandardButtons offered;
         Qt::WindowModality modality = Qt::NonModal;
         Qt::TextFormat format = Qt::AutoText;
         WhenModalAppears(QStringLiteral("MessageBox"), [&](QWidget& widget) {
             auto& box = static_cast<QMessageBox&>(widget);
+            seen = {true, box.text(), box.windowTitle(), box.icon()};
             offered = box.standardButtons();
             modality = box.windowModality();
             format = box.textFormat();
             box.button(row.click)->click();
         });
-        EXPECT_EQ(
-            ShowMessage(nullptr, QStringLiteral("Question"), MessageIcon::Exclamation, row.buttons),
-            row.answer);
-        EXPECT_EQ(offered, row.offered);
+        EXPECT_EQ(ShowMessage(nullptr, text, row.icon, row.buttons), row.answer);
+        EXPECT_EQ(seen.text, text);
+        EXPECT_EQ(seen.title, QStringLiteral("PDF to Word Converter"));
+        EXPECT_EQ(seen.icon, row.shown);
+        EXPECT_EQ(offered, row.buttons == MessageButtons::Ok
+                               ? QMessageBox::StandardButtons(QMessageBox::Ok)
+                               : QMessageBox::Ok | QMessageBox::Cancel);
         EXPECT_EQ(modality, Qt::ApplicationModal);
         EXPECT_EQ(format, Qt::PlainText);
     }
@@ -126,12 +113,8 @@ TEST(ShellFailureTest, EachCodeAndVerbShowsItsMessage)
          "ファイルを開くために必要なホスト アプリケーションを呼び出せませんでした。 (1)"},
         {4, "print", "Unable to call the host application for printing (4)",
          "ファイルを印刷するために必要なホスト アプリケーションを呼び出せませんでした。 (4)"},
-        {11, "open", "Unable to call the host application for opening (11)",
-         "ファイルを開くために必要なホスト アプリケーションを呼び出せませんでした。 (11)"},
         {30, "Print", "Unable to call the host application for opening (30)",
          "ファイルを開くために必要なホスト アプリケーションを呼び出せませんでした。 (30)"},
-        {32, "open", "Unable to call the host application for opening (32)",
-         "ファイルを開くために必要なホスト アプリケーションを呼び出せませんでした。 (32)"},
         {42, "printto", "Unable to call the host application for printing (42)",
          "ファイルを印刷するために必要なホスト アプリケーションを呼び出せませんでした。 (42)"},
         {4294967295u, "open", "Unable to call the host application for opening (4294967295)",

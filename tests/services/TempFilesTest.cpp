@@ -117,13 +117,6 @@ TEST_F(TempFilesTest, SweepTakesEveryFileWithThePrefixAndNothingElse)
     EXPECT_TRUE(QFileInfo::exists(m_folder + QStringLiteral("/sub/~SVdeep.tmp")));
 }
 
-TEST_F(TempFilesTest, SweepWithNothingToTakeChangesNothing)
-{
-    make(QStringLiteral("keep.txt"));
-    SweepTempFiles();
-    EXPECT_EQ(left(), QStringList{QStringLiteral("keep.txt")});
-}
-
 TEST_F(TempFilesTest, SweepLeavesOtherUsersFilesAndGoesOnPastThem)
 {
     make(QStringLiteral("~SV1.tmp"));
