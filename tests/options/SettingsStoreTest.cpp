@@ -117,23 +117,6 @@ TEST(LoadSettings, ReadsTheSwitchesAndRewritesOnlyWhatIsMissingOrUnreadable)
     }
 }
 
-TEST(LoadSettings, ParsesTheStoredDocument)
-{
-    FakeStore store;
-    store.values.insert(Document, StoredDocument());
-    RunState state;
-    LoadSettings(state, store.Factory());
-
-    EXPECT_EQ(state.OptionsDocument, StoredDocument());
-    EXPECT_EQ(state.AdjustFontNames, 0);
-    EXPECT_EQ(state.ConversionMethod, 3);
-    EXPECT_EQ(state.DocumentType, 1);
-    EXPECT_EQ(state.JpegQuality, 40);
-    EXPECT_EQ(state.Passwords, QStringLiteral("secret"));
-    EXPECT_EQ(state.PasswordLen, 7);
-    EXPECT_FALSE(store.writes.contains(Document));
-}
-
 TEST(LoadSettings, AFailingStoreGivesTheDefaultsAndNoError)
 {
     enum class Failure { Reads, ReadsAndWrites, NoShell, EmptyFactory };
@@ -320,29 +303,6 @@ TEST(SaveOptions, AFailingStoreStillUpdatesTheRunsDocument)
         EXPECT_EQ(state.Passwords,
                   failure == Failure::Writes ? QStringLiteral("secret") : QString());
     }
-}
-
-TEST(SaveOptions, ThePreviewsValuesReachTheStoreButNeverComeBack)
-{
-    FakeStore store;
-    RunState state;
-    LoadSettings(state, store.Factory());
-    state.UsingPageRange = 1;
-    state.ExtractToBMP = 1;
-    state.PageFrom = 0;
-    state.PageTo = 0;
-    state.ZoomDpi = 20;
-    SaveOptions(state, store.Factory(), false);
-    const QString stored = store.values.value(Document).toString();
-    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("ZoomDpi"), QString()), QStringLiteral("20"));
-    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("ExtractToBMP"), QString()),
-              QStringLiteral("1"));
-
-    RunState next;
-    LoadSettings(next, store.Factory());
-    EXPECT_EQ(next.ZoomDpi, 96);
-    EXPECT_EQ(next.ExtractToBMP, 0);
-    EXPECT_EQ(next.UsingPageRange, 0);
 }
 
 }  // namespace

@@ -434,7 +434,7 @@ protected:
     Display* m_display = nullptr;
 };
 
-TEST_F(PrivateXServer, MainWindowIsAShownWindowThatIsNoDialog)
+TEST_F(PrivateXServer, MainWindowIsAShownWindowThatIsNoDialogUnlessATitleHintChooses)
 {
     constexpr long Pid = 777001;
     const Window hidden = MakeProcessWindow(Pid, "Hidden leader", 0, 0, false);
@@ -447,6 +447,31 @@ TEST_F(PrivateXServer, MainWindowIsAShownWindowThatIsNoDialog)
 
     EXPECT_EQ(library->GetProcessHwnd(Pid), static_cast<qint64>(main));
     EXPECT_EQ(library->GetProcessHwnd(777003), 0);
+
+    struct Row
+    {
+        const char* what;
+        QString hint;
+        Window window;
+        QString hintAfter;
+    };
+    const std::vector<Row> rows = {
+        {"no hint takes the main window", QString(), main, QString()},
+        {"part of a title", QStringLiteral("test win"), main, QStringLiteral("test win")},
+        {"a dialog's title", QStringLiteral("SETTINGS"), dialog, QStringLiteral("SETTINGS")},
+        {"whole title in other case is rewritten", QStringLiteral("velmora test window"), main,
+         QStringLiteral("Velmora Test Window")},
+        {"no window fits", QStringLiteral("nothing like it"), 0, QStringLiteral("nothing like it")},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        QString hint = row.hint;
+        EXPECT_EQ(library->GetProcessHwndEx(static_cast<qint32>(Pid), hint),
+                  static_cast<qint64>(row.window));
+        EXPECT_EQ(hint, row.hintAfter);
+    }
+    QString hint;
+    EXPECT_EQ(library->GetProcessHwndEx(777003, hint), 0);
 
     XUnmapWindow(m_display, main);
     Flush();
@@ -524,41 +549,6 @@ TEST_F(PrivateXServer, WindowRectangleIncludesTheManagersFrame)
         EXPECT_EQ(rect.right, row.rect.right);
         EXPECT_EQ(rect.bottom, row.rect.bottom);
     }
-}
-
-TEST_F(PrivateXServer, HintChoosesTheWindowAndLearnsItsExactTitle)
-{
-    constexpr long Pid = 777031;
-    const Window main = MakeProcessWindow(Pid, "Velmora Test Window", 100, 50);
-    const Window second = MakeProcessWindow(Pid, "Velmora Settings", 500, 500);
-    Flush();
-    const auto library = RealLibrary();
-
-    struct Row
-    {
-        const char* what;
-        QString hint;
-        qint64 window;
-        QString hintAfter;
-    };
-    const std::vector<Row> rows = {
-        {"no hint takes the main window", QString(), static_cast<qint64>(main), QString()},
-        {"part of a title", QStringLiteral("test win"), static_cast<qint64>(main),
-         QStringLiteral("test win")},
-        {"another window's title", QStringLiteral("SETTINGS"), static_cast<qint64>(second),
-         QStringLiteral("SETTINGS")},
-        {"whole title in other case is rewritten", QStringLiteral("velmora test window"),
-         static_cast<qint64>(main), QStringLiteral("Velmora Test Window")},
-        {"no window fits", QStringLiteral("nothing like it"), 0, QStringLiteral("nothing like it")},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
-        QString hint = row.hint;
-        EXPECT_EQ(library->GetProcessHwndEx(static_cast<qint32>(Pid), hint), row.window);
-        EXPECT_EQ(hint, row.hintAfter);
-    }
-    QString hint;
-    EXPECT_EQ(library->GetProcessHwndEx(777032, hint), 0);
 }
 
 TEST(ProcessUtilityLoader, MissingLibraryFindsNothingAndLeavesTheWorkingDirectory)
