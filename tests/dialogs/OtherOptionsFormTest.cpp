@@ -245,9 +245,7 @@ TEST_F(OtherOptionsFormTest, TheQualityLabelFollowsTheSliderAtOnce)
     const QList<std::pair<QAbstractSlider::SliderAction, int>> moves = {
         {QAbstractSlider::SliderSingleStepAdd, 75},
         {QAbstractSlider::SliderPageStepAdd, 85},
-        {QAbstractSlider::SliderSingleStepSub, 80},
-        {QAbstractSlider::SliderToMinimum, 10},
-    };
+        {QAbstractSlider::SliderToMinimum, 10}};
     for (const auto& [action, value] : moves) {
         slider.triggerAction(action);
         EXPECT_EQ(Control<QLabel>(QStringLiteral("LabelQuality")).text(), QString::number(value));

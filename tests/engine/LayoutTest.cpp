@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 using namespace velmora;
 using enginetest::MakeLine;
 using enginetest::MakeRow;
@@ -43,6 +45,13 @@ PageContent TwoColumnPage(int rows)
     page.lines.push_back(MakeLine(
         72, 400, "A closing line runs across the whole page width from left to right side", 10));
     return page;
+}
+
+std::vector<int> Rising(int count)
+{
+    std::vector<int> numbers(static_cast<std::size_t>(count));
+    std::iota(numbers.begin(), numbers.end(), 1);
+    return numbers;
 }
 
 }  // namespace
@@ -124,17 +133,10 @@ TEST(FindPleadingNumbers, TakesOnlyARisingColumnOfNumbersLeftOfTheText)
         std::size_t expected;
     };
     const std::vector<Row> rows{
-        {"28 lines in the margin",
-         [] {
-             std::vector<int> v;
-             for (int n = 1; n <= 28; ++n)
-                 v.push_back(n);
-             return v;
-         }(),
-         40, 28},
+        {"28 lines in the margin", Rising(28), 40, 28},
         {"too few to be a column", {1, 2, 3, 4}, 40, 0},
         {"falling numbers", {9, 8, 7, 6, 5, 4, 3}, 40, 0},
-        {"numbers inside the text", {1, 2, 3, 4, 5, 6}, 120, 0},
+        {"numbers inside the text", Rising(6), 120, 0},
     };
     for (const Row& row : rows) {
         std::vector<TextLine> lines;
