@@ -94,7 +94,8 @@ protected:
         WhenModalAppears(QStringLiteral("CommonDialog1"), [target, finished](QWidget& dialog) {
             auto& fileDialog = static_cast<QFileDialog&>(dialog);
             fileDialog.selectFile(target);
-            AnswerNextMessageBox(QMessageBox::Ok, finished);
+            // The engine and, for .DOC, the office suite take their time on a busy machine.
+            AnswerNextMessageBox(QMessageBox::Ok, finished, 180000);
             QMetaObject::invokeMethod(&fileDialog, "accept");
         }, 30000);
         Child<QPushButton>(welcome, QStringLiteral("ButtonConvert")).click();

@@ -38,7 +38,7 @@ void WhenModalAppears(const QString& objectName, std::function<void(QWidget&)> a
     QTimer::singleShot(0, [=] { poll(objectName, answer, clock, timeoutMs); });
 }
 
-void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen)
+void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen, int timeoutMs)
 {
     WhenModalAppears(QStringLiteral("MessageBox"), [button, seen](QWidget& widget) {
         auto* box = qobject_cast<QMessageBox*>(&widget);
@@ -52,7 +52,7 @@ void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen)
         QAbstractButton* target = box->button(button);
         ASSERT_NE(target, nullptr) << "the message box has no such button";
         target->click();
-    });
+    }, timeoutMs);
 }
 
 void ProcessPendingEvents()

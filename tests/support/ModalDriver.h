@@ -26,7 +26,8 @@ struct SeenMessage final
     QString title;
     QMessageBox::Icon icon = QMessageBox::NoIcon;
 };
-void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen = nullptr);
+void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen = nullptr,
+                          int timeoutMs = 5000);
 
 // Lets queued events (deferred deletes among them) run.
 void ProcessPendingEvents();
