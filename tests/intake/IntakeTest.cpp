@@ -11,6 +11,7 @@
 
 #include <QComboBox>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QGroupBox>
@@ -289,6 +290,29 @@ TEST_F(IntakeTest, PageRangeIsChosenInItsDialog)
     EXPECT_EQ(combo.itemText(1), Japanese() ? QStringLiteral("範囲指定") : QStringLiteral("Specify"));
     EXPECT_EQ(env.state.PageFrom, 1);
     EXPECT_EQ(env.state.PageTo, 4);
+}
+
+}  // namespace
+
+namespace {
+
+TEST_F(IntakeTest, SkippingThePreviewEndsTheWaitAtOnceAndShowsNA)
+{
+    QFile mode(appDir.filePath(QStringLiteral("standin.mode")));
+    ASSERT_TRUE(mode.open(QIODevice::WriteOnly));
+    mode.write("sleep\n");
+    mode.close();
+    QElapsedTimer clock;
+    WhenModalAppears(QStringLiteral("ThumbnailForm"), [&clock](QWidget& dialog) {
+        clock.start();
+        Child<QPushButton>(dialog, QStringLiteral("ButtonSkip")).click();
+    });
+    WelcomeForm& welcome = Open();
+    ASSERT_TRUE(clock.isValid());
+    EXPECT_LT(clock.elapsed(), 1000) << "a skip takes effect at the next slice, with no lingering";
+    EXPECT_TRUE(runtime.IsLoaded(&welcome));
+    EXPECT_FALSE(welcome.PictureThumb().isVisibleTo(&welcome));
+    EXPECT_TRUE(welcome.LabelNA().isVisibleTo(&welcome));
 }
 
 }  // namespace
