@@ -5,6 +5,9 @@
 
 #include <limits>
 
+namespace {
+
+// ".doc" for format 1, ".rtf" otherwise; a foreign format becomes 2.
 QString OutputExtension(RunState& state)
 {
     if (state.DocumentFormat == 1)
@@ -12,6 +15,8 @@ QString OutputExtension(RunState& state)
     state.DocumentFormat = 2;
     return QStringLiteral(".rtf");
 }
+
+}  // namespace
 
 void DeriveOutputPath(RunState& state)
 {

@@ -7,9 +7,6 @@
 
 struct RunState;
 
-// ".doc" for format 1, ".rtf" otherwise (a foreign format becomes 2).
-QString OutputExtension(RunState& state);
-
 // Makes OutputPath from OutputPath (or SourcePath while there is no target) with the extension
 // of DocumentFormat. Calling it twice changes nothing.
 void DeriveOutputPath(RunState& state);

@@ -32,7 +32,6 @@ public:
     bool IsLoaded(const Form* form) const;
     // Loaded forms in the order they were loaded.
     const QList<Form*>& LoadedForms() const { return m_loaded; }
-    Form* ActiveForm() const { return m_active.data(); }
 
     // Shows the form without making it modal, and activates it.
     void Show(Form& form);

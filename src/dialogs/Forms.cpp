@@ -29,8 +29,3 @@ OtherOptionsForm& Forms::OtherOptions()
 {
     return m_runtime.Instance(m_otherOptions, *this);
 }
-
-WelcomeForm* Forms::LoadedWelcome() const
-{
-    return m_runtime.IsLoaded(m_welcome.data()) ? m_welcome.data() : nullptr;
-}

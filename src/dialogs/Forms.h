@@ -26,9 +26,6 @@ public:
     ConversionMethodForm& ConversionMethod();
     OtherOptionsForm& OtherOptions();
 
-    // The main dialog if it is loaded, without making it.
-    WelcomeForm* LoadedWelcome() const;
-
 private:
     DialogRuntime& m_runtime;
     AppContext& m_context;
