@@ -10,7 +10,8 @@ QString EngineProgram(const QString& applicationDir)
 
 QString ConversionArguments(const RunState& state)
 {
-    return u'"' + state.SourcePath + QStringLiteral("\" \"") + state.OutputPath + QStringLiteral("\" -C");
+    return u'"' + state.SourcePath + QStringLiteral("\" \"") + state.OutputPath +
+           QStringLiteral("\" -C");
 }
 
 QString PreviewArguments(const RunState& state)
@@ -30,7 +31,8 @@ QStringList PreviewArgumentList(const RunState& state)
             QStringLiteral("-P"), QStringLiteral("-H")};
 }
 
-std::optional<QStringList> ExactEngineArguments(const QString& parameters, const QStringList& intended)
+std::optional<QStringList> ExactEngineArguments(const QString& parameters,
+                                                const QStringList& intended)
 {
     QStringList split;
     SplitCommandLine(parameters, split);

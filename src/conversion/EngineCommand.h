@@ -22,7 +22,8 @@ QString PreviewArguments(const RunState& state);
 // The arguments the engine must receive for `parameters`, when splitting that text wouldn't give
 // them back: a name with a quote in it can't be written in the text. Empty otherwise, so the
 // text is what the engine is started with.
-std::optional<QStringList> ExactEngineArguments(const QString& parameters, const QStringList& intended);
+std::optional<QStringList> ExactEngineArguments(const QString& parameters,
+                                                const QStringList& intended);
 
 QStringList ConversionArgumentList(const RunState& state);
 QStringList PreviewArgumentList(const RunState& state);

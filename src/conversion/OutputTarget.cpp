@@ -17,11 +17,12 @@ bool AskOutputFile(AppContext& context, QWidget* owner)
 {
     RunState& state = context.state;
     if (state.DocumentFormat == 1 && GetWordVersion(context) < LowestFinishingVersion) {
-        const QString text = LocalText(5603, QStringLiteral("MS Word 2000 or later is not found.")) +
-                             QStringLiteral("\n\n") +
-                             LocalText(5604, QStringLiteral("Saving the file as .DOC format requires MS Word 2000 or later.")) +
-                             u'\n' +
-                             LocalText(5605, QStringLiteral("The document will be saved as .RTF format."));
+        const QString text =
+            LocalText(5603, QStringLiteral("MS Word 2000 or later is not found.")) +
+            QStringLiteral("\n\n") +
+            LocalText(5604, QStringLiteral(
+                                "Saving the file as .DOC format requires MS Word 2000 or later.")) +
+            u'\n' + LocalText(5605, QStringLiteral("The document will be saved as .RTF format."));
         if (ShowMessage(owner, text, MessageIcon::Exclamation, MessageButtons::OkCancel) ==
             MessageAnswer::Cancel)
             return false;

@@ -94,8 +94,9 @@ void ThumbnailForm::RunPreview()
     ProcessHandle process = ProcessHandle::None;
     const QString program = u'"' + EngineProgram(m_context.applicationDir) + u'"';
     const QString parameters = PreviewArguments(state);
-    const qint32 code = LaunchProcess(this, OpenVerb, program, parameters, ShowNormal, process, qint16{-1},
-                                      ExactEngineArguments(parameters, PreviewArgumentList(state)));
+    const qint32 code =
+        LaunchProcess(this, OpenVerb, program, parameters, ShowNormal, process, qint16{-1},
+                      ExactEngineArguments(parameters, PreviewArgumentList(state)));
     if (code <= 32)
         return;
     for (;;) {

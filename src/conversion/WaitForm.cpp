@@ -59,10 +59,12 @@ void WaitForm::RunConversion()
         const QString program = EngineProgram(m_context.applicationDir);
         const QString arguments = ConversionArguments(state);
         const QDateTime start = QDateTime::currentDateTime();
-        const qint32 code = LaunchAndWait(nullptr, OpenVerb, program, arguments, ShowNormal,
-                                          ExactEngineArguments(arguments, ConversionArgumentList(state)));
+        const qint32 code =
+            LaunchAndWait(nullptr, OpenVerb, program, arguments, ShowNormal,
+                          ExactEngineArguments(arguments, ConversionArgumentList(state)));
         if (code == 0) {
-            ShowMessage(this, LocalText(6901, QStringLiteral("Error loading PDF to Word converter!")),
+            ShowMessage(this,
+                        LocalText(6901, QStringLiteral("Error loading PDF to Word converter!")),
                         MessageIcon::Critical);
         } else {
             // The only evidence of a result is a file written after the engine started.
@@ -70,7 +72,8 @@ void WaitForm::RunConversion()
             const QDateTime written = output.exists() ? output.lastModified() : QDateTime();
             if (written.isValid() && written > start) {
                 if (state.DocumentFormat == 1) {
-                    SetControlText(*m_labelMessage, LocalText(6902, QStringLiteral("Finalizing...")));
+                    SetControlText(*m_labelMessage,
+                                   LocalText(6902, QStringLiteral("Finalizing...")));
                     PumpEvents();
                     FinishWithWord(m_context);
                 }

@@ -19,8 +19,7 @@ public:
     ~DialogRuntime() override;
 
     // The single instance kept in `slot`, made and loaded on first use or after an unload.
-    template <class F, class... Args>
-    F& Instance(QPointer<F>& slot, Args&&... args)
+    template <class F, class... Args> F& Instance(QPointer<F>& slot, Args&&... args)
     {
         if (!slot || !IsLoaded(slot.data())) {
             slot = new F(*this, std::forward<Args>(args)...);

@@ -47,7 +47,6 @@ private:
     void ButtonDone_Click();
     void ButtonHelp_Click();
 
-
     Forms& m_forms;
 
     QLabel* m_picture1 = nullptr;

@@ -77,9 +77,11 @@ WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow
         return label;
     };
     const QString placeholder = QStringLiteral("...");
-    m_labelDocumentTypeText = makeLabel("LabelDocumentTypeText", QStringLiteral("Document Type:"), 60, 0, 1700);
+    m_labelDocumentTypeText =
+        makeLabel("LabelDocumentTypeText", QStringLiteral("Document Type:"), 60, 0, 1700);
     m_labelDocumentType = makeLabel("LabelDocumentType", placeholder, ValueColumn, 0, 3000);
-    m_labelConversionMethodText = makeLabel("LabelConversionMethodText", QStringLiteral("Conversion Option:"), 60, 1, 1700);
+    m_labelConversionMethodText =
+        makeLabel("LabelConversionMethodText", QStringLiteral("Conversion Option:"), 60, 1, 1700);
     m_labelConversionMethod = makeLabel("LabelConversionMethod", placeholder, ValueColumn, 1, 3000);
 
     m_labelAdvancedOption = new LinkLabel(m_picture1);
@@ -87,11 +89,15 @@ WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow
     m_labelAdvancedOption->setText(QStringLiteral("Advanced Options..."));
     PlaceTwips(*m_labelAdvancedOption, ValueColumn, 60 + 2 * RowStep, 3000, RowHeight);
 
-    m_labelImageFormatText = makeLabel("LabelImageFormatText", QStringLiteral("Image Format:"), 60, 3, 1700);
+    m_labelImageFormatText =
+        makeLabel("LabelImageFormatText", QStringLiteral("Image Format:"), 60, 3, 1700);
     m_labelImageFormat = makeLabel("LabelImageFormat", placeholder, ValueColumn, 3, 3000);
-    m_labelImageQualityText = makeLabel("LabelImageQualityText", QStringLiteral("Image Quality:"), 60, 4, 1700);
-    m_labelImageQuality = makeLabel("LabelImageQuality", QStringLiteral("100  %"), ValueColumn, 4, 3000);
-    m_labelOutputFormatText = makeLabel("LabelOutputFormatText", QStringLiteral("Output Format:"), 60, 5, 1700);
+    m_labelImageQualityText =
+        makeLabel("LabelImageQualityText", QStringLiteral("Image Quality:"), 60, 4, 1700);
+    m_labelImageQuality =
+        makeLabel("LabelImageQuality", QStringLiteral("100  %"), ValueColumn, 4, 3000);
+    m_labelOutputFormatText =
+        makeLabel("LabelOutputFormatText", QStringLiteral("Output Format:"), 60, 5, 1700);
     m_labelOutputFormat = makeLabel("LabelOutputFormat", placeholder, ValueColumn, 5, 3000);
     m_labelPageRange = makeLabel("LabelPageRange", QStringLiteral("Page Range:"), 60, 6, 1700);
 
@@ -116,16 +122,19 @@ WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow
     };
     m_buttonHelp = makeButton("ButtonHelp", QStringLiteral("&Help"), 4695, 1095);
     m_buttonCancel = makeButton("ButtonCancel", QStringLiteral("Cancel"), 5880, 1095);
-    m_buttonEditOptions = makeButton("ButtonEditOptions", QStringLiteral("&Edit Options..."), 7065, 1455);
+    m_buttonEditOptions =
+        makeButton("ButtonEditOptions", QStringLiteral("&Edit Options..."), 7065, 1455);
     m_buttonConvert = makeButton("ButtonConvert", QStringLiteral("&Convert"), 8610, 1170);
     m_buttonConvert->setDefault(true);
     SetCancelButton(m_buttonCancel);
 
     connect(m_buttonConvert, &QPushButton::clicked, this, &WelcomeForm::ButtonConvert_Click);
     connect(m_buttonCancel, &QPushButton::clicked, this, &WelcomeForm::ButtonCancel_Click);
-    connect(m_buttonEditOptions, &QPushButton::clicked, this, &WelcomeForm::ButtonEditOptions_Click);
+    connect(m_buttonEditOptions, &QPushButton::clicked, this,
+            &WelcomeForm::ButtonEditOptions_Click);
     connect(m_buttonHelp, &QPushButton::clicked, this, &WelcomeForm::ButtonHelp_Click);
-    connect(m_labelAdvancedOption, &LinkLabel::clicked, this, &WelcomeForm::LabelAdvancedOption_Click);
+    connect(m_labelAdvancedOption, &LinkLabel::clicked, this,
+            &WelcomeForm::LabelAdvancedOption_Click);
     // A choice in the list raises the click event even when it is the entry already chosen.
     connect(m_comboPageRange, &QComboBox::activated, this, &WelcomeForm::ComboPageRange_Click);
 }

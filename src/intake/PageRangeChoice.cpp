@@ -1,7 +1,7 @@
 #include "intake/PageRangeChoice.h"
 
-#include "dialogs/WelcomeForm.h"
 #include "dialogs/DialogRuntime.h"
+#include "dialogs/WelcomeForm.h"
 #include "intake/PageRangeForm.h"
 #include "services/Localisation.h"
 

@@ -11,7 +11,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-PageRangeForm::PageRangeForm(DialogRuntime& runtime, RunState& state) : Form(runtime), m_state(state)
+PageRangeForm::PageRangeForm(DialogRuntime& runtime, RunState& state)
+    : Form(runtime), m_state(state)
 {
     setObjectName(QStringLiteral("PageRangeForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
@@ -97,7 +98,8 @@ void PageRangeForm::ButtonOK_Click()
     const std::optional<PageRange> range =
         ParsePageRange(m_textPageFrom->text(), m_textPageTo->text(), m_state.PageCount);
     if (!range) {
-        ShowMessage(this, LocalText(6001, QStringLiteral("Invalid page range")), MessageIcon::Critical);
+        ShowMessage(this, LocalText(6001, QStringLiteral("Invalid page range")),
+                    MessageIcon::Critical);
         return;
     }
     m_state.PageFrom = range->from;

@@ -14,7 +14,8 @@ PasswordForm::PasswordForm(DialogRuntime& runtime, RunState& state) : Form(runti
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
     SetFixedClientSizeTwips(4935, 1665);
 
-    m_labelMessage = new QLabel(QStringLiteral("File is protected.  Please enter a password:"), this);
+    m_labelMessage =
+        new QLabel(QStringLiteral("File is protected.  Please enter a password:"), this);
     m_labelMessage->setObjectName(QStringLiteral("LabelMessage"));
     m_labelMessage->setWordWrap(true);
     PlaceTwips(*m_labelMessage, 120, 120, 4695, 435);

@@ -26,7 +26,8 @@ constexpr qint16 CommaCode = 44;
 
 bool PasswordRefused(qint32 pageCount)
 {
-    return pageCount == PageCountResults::PasswordNeeded || pageCount == PageCountResults::PasswordRefused;
+    return pageCount == PageCountResults::PasswordNeeded ||
+           pageCount == PageCountResults::PasswordRefused;
 }
 
 void EndRun(WelcomeForm& welcome)
@@ -41,15 +42,17 @@ void Fail(WelcomeForm& welcome, qint32 id, const QString& fallback)
 }
 
 // The page count, or empty when the library can't be had; that ends the run with a message.
-std::optional<qint32> CountPages(AppContext& context, PdfAccessLibrary& pdfAccess, WelcomeForm& welcome)
+std::optional<qint32> CountPages(AppContext& context, PdfAccessLibrary& pdfAccess,
+                                 WelcomeForm& welcome)
 {
     RunState& state = context.state;
     const std::optional<qint32> count = pdfAccess.GetPageCount(state.SourcePath, state.Passwords);
     if (!count) {
-        ShowMessage(&welcome,
-                    QStringLiteral("The PDF access library liblomerdoc.so could not be loaded from %1.")
-                        .arg(QDir::toNativeSeparators(context.applicationDir)),
-                    MessageIcon::Critical);
+        ShowMessage(
+            &welcome,
+            QStringLiteral("The PDF access library liblomerdoc.so could not be loaded from %1.")
+                .arg(QDir::toNativeSeparators(context.applicationDir)),
+            MessageIcon::Critical);
         EndRun(welcome);
     }
     return count;
@@ -99,7 +102,8 @@ void RunPdfIntake(AppContext& context, PdfAccessLibrary& pdfAccess, WelcomeForm&
             return;
         state.PageCount = *count;
         if (PasswordRefused(state.PageCount)) {
-            ShowMessage(&welcome, LocalText(5608, QStringLiteral("Invalid password!")), MessageIcon::Critical);
+            ShowMessage(&welcome, LocalText(5608, QStringLiteral("Invalid password!")),
+                        MessageIcon::Critical);
             continue;
         }
         // Stored at once: the preview's own save would otherwise read the old password back.

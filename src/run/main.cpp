@@ -1,3 +1,4 @@
+#include "run/Main.h"
 #include "dialogs/AppContext.h"
 #include "dialogs/ConvertFlow.h"
 #include "dialogs/DialogRuntime.h"
@@ -10,7 +11,6 @@
 #include "platform/SettingsShell.h"
 #include "platform/WindowGeometry.h"
 #include "run/CommandLine.h"
-#include "run/Main.h"
 #include "run/RunState.h"
 
 #include <QApplication>
@@ -34,8 +34,8 @@ int main(int argc, char** argv)
     const auto help = CreateHelpViewer();
     const auto processUtility = LoadProcessUtilityLibrary(applicationDir);
     const auto geometry = CreateWindowGeometry();
-    AppContext context{state, QSettingsShellFactory(), *help, *processUtility, *geometry,
-                       applicationDir};
+    AppContext context{state,     QSettingsShellFactory(), *help, *processUtility,
+                       *geometry, applicationDir};
 
     DialogRuntime runtime;
     QObject::connect(&runtime, &DialogRuntime::AllUnloaded, &app, &QCoreApplication::quit,

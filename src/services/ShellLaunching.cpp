@@ -96,8 +96,8 @@ qint32 LaunchAndWait(QWidget* ownerWindow, const QString& verb, const QString& f
 {
     ProcessHandle process = ProcessHandle::None;
     const qint16 report = -1;
-    const qint32 code =
-        LaunchProcess(ownerWindow, verb, file, parameters, showMode, process, report, exactArguments);
+    const qint32 code = LaunchProcess(ownerWindow, verb, file, parameters, showMode, process,
+                                      report, exactArguments);
     if (ShellSucceeded(static_cast<quint32>(code)) && process != ProcessHandle::None) {
         for (;;) {
             const quint32 waited = WaitForSingleObject(process, WaitSliceMs);

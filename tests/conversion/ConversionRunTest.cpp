@@ -1,10 +1,10 @@
+#include "TestPaths.h"
 #include "conversion/OutputTarget.h"
 #include "conversion/WaitForm.h"
 #include "dialogs/DialogRuntime.h"
 #include "platform/OfficeSuite.h"
 #include "support/FakeServices.h"
 #include "support/ModalDriver.h"
-#include "TestPaths.h"
 
 #include <QAbstractButton>
 #include <QDateTime>
@@ -40,7 +40,10 @@ struct NoOfficeSuite final : OfficeSuite
 class OwnerForm final : public Form
 {
 public:
-    explicit OwnerForm(DialogRuntime& runtime) : Form(runtime) { setObjectName(QStringLiteral("Owner")); }
+    explicit OwnerForm(DialogRuntime& runtime) : Form(runtime)
+    {
+        setObjectName(QStringLiteral("Owner"));
+    }
 };
 
 void WriteFile(const QString& path, const QByteArray& bytes)
@@ -62,7 +65,8 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(appDir.isValid());
-        ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_STAND_IN_ENGINE), appDir.filePath(QStringLiteral("VelmoraConverter"))));
+        ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_STAND_IN_ENGINE),
+                                appDir.filePath(QStringLiteral("VelmoraConverter"))));
         env.context.applicationDir = appDir.path();
         env.context.officeSuite = &office;
         env.state.RunMode = 1;
@@ -78,7 +82,10 @@ protected:
         ProcessPendingEvents();
     }
 
-    void SetMode(const char* mode) { WriteFile(appDir.filePath(QStringLiteral("standin.mode")), mode); }
+    void SetMode(const char* mode)
+    {
+        WriteFile(appDir.filePath(QStringLiteral("standin.mode")), mode);
+    }
 
     // Loads the progress dialog, runs it over an owner and unloads it, as the Convert command does.
     void Run()
@@ -109,12 +116,15 @@ TEST_F(ConversionRunTest, NewOutputIsReportedFinishedWithTheTargetNamedForTheFor
     EXPECT_EQ(env.state.OutputPath, target);
     EXPECT_TRUE(QFile::exists(target));
     EXPECT_TRUE(seen.shown);
-    EXPECT_EQ(seen.text, Japanese() ? QStringLiteral("変換終了しました。") : QStringLiteral("Conversion finished"));
+    EXPECT_EQ(seen.text, Japanese() ? QStringLiteral("変換終了しました。")
+                                    : QStringLiteral("Conversion finished"));
     EXPECT_EQ(seen.icon, QMessageBox::Information);
     // The names reach the engine exactly as they are, whatever they hold.
-    const QStringList recorded = QString::fromUtf8(ReadFile(appDir.filePath(QStringLiteral("standin.args")))).split(u'\n');
+    const QStringList recorded =
+        QString::fromUtf8(ReadFile(appDir.filePath(QStringLiteral("standin.args")))).split(u'\n');
     ASSERT_GE(recorded.size(), 3);
-    EXPECT_EQ(recorded.mid(0, 3), (QStringList{env.state.SourcePath, target, QStringLiteral("-C")}));
+    EXPECT_EQ(recorded.mid(0, 3),
+              (QStringList{env.state.SourcePath, target, QStringLiteral("-C")}));
 }
 
 TEST_F(ConversionRunTest, EngineThatWritesNothingEndsSilentlyAndKeepsTheOlderFile)
@@ -146,7 +156,8 @@ TEST_F(ConversionRunTest, MissingEngineGetsTheShellMessage)
     AnswerNextMessageBox(QMessageBox::Ok, &seen);
     Run();
     EXPECT_TRUE(seen.shown);
-    EXPECT_TRUE(seen.text.startsWith(appDir.filePath(QStringLiteral("VelmoraConverter")))) << seen.text.toStdString();
+    EXPECT_TRUE(seen.text.startsWith(appDir.filePath(QStringLiteral("VelmoraConverter"))))
+        << seen.text.toStdString();
     EXPECT_EQ(seen.icon, QMessageBox::Critical);
 }
 
@@ -158,7 +169,8 @@ TEST_F(ConversionRunTest, HostedRunShowsNothingOnSuccess)
     Run();
     ProcessPendingEvents();
     EXPECT_EQ(seen.Count(), 0);
-    EXPECT_EQ(ReadFile(work.filePath(QStringLiteral("-out 日本.doc"))).left(6), QByteArray("{\\rtf1"));
+    EXPECT_EQ(ReadFile(work.filePath(QStringLiteral("-out 日本.doc"))).left(6),
+              QByteArray("{\\rtf1"));
 }
 
 TEST_F(ConversionRunTest, MissingWordOffersRtfAndTheSaveDialogProposesIt)
@@ -181,8 +193,9 @@ TEST_F(ConversionRunTest, MissingWordOffersRtfAndTheSaveDialogProposesIt)
     });
     EXPECT_TRUE(AskOutputFile(env.context, nullptr));
     EXPECT_TRUE(fallback.shown);
-    const QString english = QStringLiteral("MS Word 2000 or later is not found.\n\nSaving the file as .DOC format "
-                                           "requires MS Word 2000 or later.\nThe document will be saved as .RTF format.");
+    const QString english = QStringLiteral(
+        "MS Word 2000 or later is not found.\n\nSaving the file as .DOC format "
+        "requires MS Word 2000 or later.\nThe document will be saved as .RTF format.");
     if (!Japanese()) {
         EXPECT_EQ(fallback.text, english);
     }
@@ -201,7 +214,8 @@ TEST_F(ConversionRunTest, CancelInTheFallbackOrTheSaveDialogKeepsTheDialogOpen)
 
     env.state.DocumentFormat = 2;
     const QString before = env.state.OutputPath;
-    WhenModalAppears(QStringLiteral("CommonDialog1"), [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); });
+    WhenModalAppears(QStringLiteral("CommonDialog1"),
+                     [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); });
     EXPECT_FALSE(AskOutputFile(env.context, nullptr));
     EXPECT_EQ(env.state.OutputPath, work.filePath(QStringLiteral("-out 日本.rtf")));
 }

@@ -44,7 +44,8 @@ QByteArray ReadFile(const QString& path)
 PagePlan PageWithWord(const std::string& word)
 {
     PagePlan page;
-    page.texts.push_back(TextItem{72, 700, 14, "Page word " + word, velmora::fixtures::FontId::Helvetica, 0, 0});
+    page.texts.push_back(
+        TextItem{72, 700, 14, "Page word " + word, velmora::fixtures::FontId::Helvetica, 0, 0});
     return page;
 }
 
@@ -72,7 +73,8 @@ protected:
         ProcessPendingEvents();
     }
 
-    QString MakePdf(const QString& name, const std::vector<PagePlan>& pages, const std::string& password = {})
+    QString MakePdf(const QString& name, const std::vector<PagePlan>& pages,
+                    const std::string& password = {})
     {
         const QString path = work.filePath(name);
         velmora::fixtures::WritePdf(QFile::encodeName(path).toStdString(), pages, password);
@@ -91,13 +93,16 @@ protected:
     // Presses Convert, names `target` in the save dialog and answers the closing message.
     void Convert(WelcomeForm& welcome, const QString& target, SeenMessage* finished)
     {
-        WhenModalAppears(QStringLiteral("CommonDialog1"), [target, finished](QWidget& dialog) {
-            auto& fileDialog = static_cast<QFileDialog&>(dialog);
-            fileDialog.selectFile(target);
-            // The engine and, for .DOC, the office suite take their time on a busy machine.
-            AnswerNextMessageBox(QMessageBox::Ok, finished, 180000);
-            QMetaObject::invokeMethod(&fileDialog, "accept");
-        }, 30000);
+        WhenModalAppears(
+            QStringLiteral("CommonDialog1"),
+            [target, finished](QWidget& dialog) {
+                auto& fileDialog = static_cast<QFileDialog&>(dialog);
+                fileDialog.selectFile(target);
+                // The engine and, for .DOC, the office suite take their time on a busy machine.
+                AnswerNextMessageBox(QMessageBox::Ok, finished, 180000);
+                QMetaObject::invokeMethod(&fileDialog, "accept");
+            },
+            30000);
         Child<QPushButton>(welcome, QStringLiteral("ButtonConvert")).click();
     }
 
@@ -108,8 +113,8 @@ protected:
         LoadProcessUtilityLibrary(QStringLiteral(VELMORA_APP_DIR));
     std::unique_ptr<WindowGeometry> geometry = CreateWindowGeometry();
     std::unique_ptr<PdfAccessLibrary> pdfAccess = CreatePdfAccessLibrary();
-    AppContext context{state, QSettingsShellFactory(), help, *processUtility, *geometry,
-                       QStringLiteral(VELMORA_APP_DIR)};
+    AppContext context{state,     QSettingsShellFactory(),        help, *processUtility,
+                       *geometry, QStringLiteral(VELMORA_APP_DIR)};
     DialogRuntime runtime;
     ConversionFlow flow{context, *pdfAccess};
     Forms forms{runtime, context, flow};
@@ -122,7 +127,8 @@ TEST_F(ConvertRoadTest, PlainPdfBecomesRichTextWithItsPreview)
     WelcomeForm& welcome = Open(pdf);
     ASSERT_TRUE(runtime.IsLoaded(&welcome));
     EXPECT_EQ(state.PageCount, 2);
-    EXPECT_TRUE(welcome.PictureThumb().isVisibleTo(&welcome)) << "the engine's preview picture is shown";
+    EXPECT_TRUE(welcome.PictureThumb().isVisibleTo(&welcome))
+        << "the engine's preview picture is shown";
     EXPECT_GT(welcome.PictureThumb().width(), 10);
 
     const QString target = work.filePath(QStringLiteral("out put 'x'.rtf"));
@@ -134,18 +140,23 @@ TEST_F(ConvertRoadTest, PlainPdfBecomesRichTextWithItsPreview)
     EXPECT_TRUE(rtf.startsWith("{\\rtf")) << rtf.left(40).toStdString();
     EXPECT_TRUE(rtf.contains("zebra"));
     EXPECT_TRUE(rtf.contains("yak"));
-    EXPECT_TRUE(QDir::temp().entryList({QStringLiteral("~SV*")}).isEmpty()) << "temporary files are swept";
+    EXPECT_TRUE(QDir::temp().entryList({QStringLiteral("~SV*")}).isEmpty())
+        << "temporary files are swept";
 }
 
 TEST_F(ConvertRoadTest, ProtectedPdfOpensWithItsPasswordAndRangeLimitsThePages)
 {
-    const QString pdf = MakePdf(QStringLiteral("locked.pdf"),
-                                {PageWithWord("alpha"), PageWithWord("bravo"), PageWithWord("charlie")},
-                                "open sesame");
-    WhenModalAppears(QStringLiteral("PasswordForm"), [](QWidget& dialog) {
-        Child<QLineEdit>(dialog, QStringLiteral("TextPassword")).setText(QStringLiteral("open sesame"));
-        Child<QPushButton>(dialog, QStringLiteral("ButtonOK")).click();
-    }, 30000);
+    const QString pdf = MakePdf(
+        QStringLiteral("locked.pdf"),
+        {PageWithWord("alpha"), PageWithWord("bravo"), PageWithWord("charlie")}, "open sesame");
+    WhenModalAppears(
+        QStringLiteral("PasswordForm"),
+        [](QWidget& dialog) {
+            Child<QLineEdit>(dialog, QStringLiteral("TextPassword"))
+                .setText(QStringLiteral("open sesame"));
+            Child<QPushButton>(dialog, QStringLiteral("ButtonOK")).click();
+        },
+        30000);
     WelcomeForm& welcome = Open(pdf);
     ASSERT_TRUE(runtime.IsLoaded(&welcome));
     EXPECT_EQ(state.PageCount, 3);
@@ -171,9 +182,9 @@ TEST_F(ConvertRoadTest, ProtectedPdfOpensWithItsPasswordAndRangeLimitsThePages)
 TEST_F(ConvertRoadTest, CancelledSaveDialogLeavesTheDialogOpenAndWritesNothing)
 {
     WelcomeForm& welcome = Open(MakePdf(QStringLiteral("a.pdf"), {PageWithWord("one")}));
-    WhenModalAppears(QStringLiteral("CommonDialog1"), [](QWidget& dialog) {
-        static_cast<QFileDialog&>(dialog).reject();
-    }, 30000);
+    WhenModalAppears(
+        QStringLiteral("CommonDialog1"),
+        [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); }, 30000);
     Child<QPushButton>(welcome, QStringLiteral("ButtonConvert")).click();
     EXPECT_TRUE(runtime.IsLoaded(&welcome));
     EXPECT_FALSE(QFile::exists(work.filePath(QStringLiteral("a.rtf"))));
@@ -190,7 +201,8 @@ TEST_F(ConvertRoadTest, OfficeDocFormatGivesAWordDocument)
     Convert(welcome, target, &finished);
     EXPECT_TRUE(finished.shown);
     EXPECT_TRUE(ReadFile(target).startsWith(QByteArray::fromHex("D0CF11E0A1B11AE1")));
-    EXPECT_EQ(QDir(work.path()).entryList(QDir::Files | QDir::Hidden).size(), 2) << "the PDF and the document";
+    EXPECT_EQ(QDir(work.path()).entryList(QDir::Files | QDir::Hidden).size(), 2)
+        << "the PDF and the document";
 }
 
 TEST_F(ConvertRoadTest, OfficeHostedRunConvertsWithoutAskingOrShowing)

@@ -1,3 +1,4 @@
+#include "TestPaths.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "dialogs/WelcomeForm.h"
@@ -7,7 +8,6 @@
 #include "platform/PdfAccessLibrary.h"
 #include "support/FakeServices.h"
 #include "support/ModalDriver.h"
-#include "TestPaths.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -58,7 +58,8 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(appDir.isValid());
-        ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_STAND_IN_ENGINE), appDir.filePath(QStringLiteral("VelmoraConverter"))));
+        ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_STAND_IN_ENGINE),
+                                appDir.filePath(QStringLiteral("VelmoraConverter"))));
         env.context.applicationDir = appDir.path();
         env.state.RunMode = 1;
         env.state.ConversionMethod = 2;
@@ -111,7 +112,8 @@ TEST_F(IntakeTest, PdfWithoutPasswordGetsItsPreview)
     WelcomeForm& welcome = Open();
     ASSERT_TRUE(runtime.IsLoaded(&welcome));
     EXPECT_EQ(pdf.passwords, QStringList{QString()});
-    EXPECT_EQ(pdf.directories.first(), appDir.path()) << "the library is bound relative to the program";
+    EXPECT_EQ(pdf.directories.first(), appDir.path())
+        << "the library is bound relative to the program";
     // Later activations leave the working directory in the program's directory.
     EXPECT_EQ(QDir::currentPath(), QDir(appDir.path()).canonicalPath());
     EXPECT_EQ(env.state.PageCount, 3);
@@ -124,24 +126,28 @@ TEST_F(IntakeTest, PdfWithoutPasswordGetsItsPreview)
     EXPECT_EQ(env.state.UsingPageRange, 0);
     const QString stored = env.store.values.value(QStringLiteral("VOREK - RTF")).toString();
     EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("ZoomDpi"), QString()), QStringLiteral("20"));
-    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("ExtractToBMP"), QString()), QStringLiteral("1"));
-    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("Passwords"), QString()), QStringLiteral("old"))
+    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("ExtractToBMP"), QString()),
+              QStringLiteral("1"));
+    EXPECT_EQ(ReadOptionValue(stored, QStringLiteral("Passwords"), QString()),
+              QStringLiteral("old"))
         << "a PDF that needs no password leaves the stored one";
 
     QFile args(appDir.filePath(QStringLiteral("standin.args")));
     ASSERT_TRUE(args.open(QIODevice::ReadOnly));
     const QStringList recorded = QString::fromUtf8(args.readAll()).split(u'\n');
     ASSERT_GE(recorded.size(), 5);
-    EXPECT_EQ(recorded.mid(0, 5), (QStringList{QStringLiteral("/data/in put/report.pdf"),
-                                               env.state.PreviewPath + QStringLiteral(".rtf"), QStringLiteral("-C"),
-                                               QStringLiteral("-P"), QStringLiteral("-H")}));
+    EXPECT_EQ(recorded.mid(0, 5),
+              (QStringList{QStringLiteral("/data/in put/report.pdf"),
+                           env.state.PreviewPath + QStringLiteral(".rtf"), QStringLiteral("-C"),
+                           QStringLiteral("-P"), QStringLiteral("-H")}));
 
     // The picture is centred on the frame.
     QLabel& thumb = welcome.PictureThumb();
     EXPECT_TRUE(thumb.isVisibleTo(&welcome));
     EXPECT_EQ(thumb.size(), QSize(60, 80));
-    const float left = (welcome.ScaleXToTwips(welcome.FramePreview().width()) - welcome.ScaleXToTwips(60)) / 2 +
-                       welcome.ScaleXToTwips(welcome.FramePreview().x());
+    const float left =
+        (welcome.ScaleXToTwips(welcome.FramePreview().width()) - welcome.ScaleXToTwips(60)) / 2 +
+        welcome.ScaleXToTwips(welcome.FramePreview().x());
     EXPECT_EQ(thumb.x(), welcome.TwipsToPixelsX(left));
 }
 
@@ -182,7 +188,8 @@ TEST_F(IntakeTest, PasswordLoopStoresTheAcceptedPasswordAtOnce)
 
     ASSERT_TRUE(runtime.IsLoaded(&welcome));
     EXPECT_TRUE(refused.shown);
-    EXPECT_EQ(refused.text, Japanese() ? QStringLiteral("パスワードが不正です。") : QStringLiteral("Invalid password!"));
+    EXPECT_EQ(refused.text, Japanese() ? QStringLiteral("パスワードが不正です。")
+                                       : QStringLiteral("Invalid password!"));
     EXPECT_EQ(refused.title, QStringLiteral("PDF to Word Converter"));
     EXPECT_EQ(pdf.passwords, (QStringList{QString(), QStringLiteral("wrong"), pdf.rightPassword}));
     EXPECT_EQ(env.state.Passwords, pdf.rightPassword);
@@ -224,10 +231,14 @@ TEST_P(IntakeFailureTest, UnopenablePdfEndsTheRunWithItsMessage)
     EXPECT_TRUE(runtime.LoadedForms().isEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, IntakeFailureTest,
-                         ::testing::Values(FailureRow{0, "The PDF file contains no page!", "このPDFファイルにはページが含まれていません。"},
-                                           FailureRow{-1, "Unable to open the PDF file!", "このPDFファイルを開くことができませんでした。"},
-                                           FailureRow{-7, "Unable to open the PDF file!", "このPDFファイルを開くことができませんでした。"}));
+INSTANTIATE_TEST_SUITE_P(
+    Rows, IntakeFailureTest,
+    ::testing::Values(FailureRow{0, "The PDF file contains no page!",
+                                 "このPDFファイルにはページが含まれていません。"},
+                      FailureRow{-1, "Unable to open the PDF file!",
+                                 "このPDFファイルを開くことができませんでした。"},
+                      FailureRow{-7, "Unable to open the PDF file!",
+                                 "このPDFファイルを開くことができませんでした。"}));
 
 TEST_F(IntakeTest, MissingLibraryIsToldAndEndsTheRun)
 {
@@ -242,9 +253,8 @@ TEST_F(IntakeTest, MissingLibraryIsToldAndEndsTheRun)
 TEST_F(IntakeTest, OpenDialogNamesThePdfAndCancelEndsTheRun)
 {
     env.state.SourcePath.clear();
-    WhenModalAppears(QStringLiteral("CommonDialog1"), [](QWidget& dialog) {
-        static_cast<QFileDialog&>(dialog).reject();
-    });
+    WhenModalAppears(QStringLiteral("CommonDialog1"),
+                     [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); });
     Open();
     EXPECT_TRUE(runtime.LoadedForms().isEmpty());
     EXPECT_TRUE(pdf.paths.isEmpty());
@@ -258,7 +268,8 @@ TEST_F(IntakeTest, PageRangeIsChosenInItsDialog)
 
     SeenMessage invalid;
     WhenModalAppears(QStringLiteral("PageRangeForm"), [&invalid](QWidget& dialog) {
-        EXPECT_EQ(Child<QLineEdit>(dialog, QStringLiteral("TextPageFrom")).text(), QStringLiteral("1"));
+        EXPECT_EQ(Child<QLineEdit>(dialog, QStringLiteral("TextPageFrom")).text(),
+                  QStringLiteral("1"));
         EXPECT_EQ(Child<QLabel>(dialog, QStringLiteral("LabelPageCount")).text(),
                   Japanese() ? QStringLiteral("(計12ページ)") : QStringLiteral("(12 pages total)"));
         Child<QLineEdit>(dialog, QStringLiteral("TextPageFrom")).setText(QStringLiteral("3"));
@@ -273,7 +284,8 @@ TEST_F(IntakeTest, PageRangeIsChosenInItsDialog)
     combo.setCurrentIndex(1);
     emit combo.activated(1);
     EXPECT_TRUE(invalid.shown);
-    EXPECT_EQ(invalid.text, Japanese() ? QStringLiteral("ページ範囲が不正です。") : QStringLiteral("Invalid page range"));
+    EXPECT_EQ(invalid.text, Japanese() ? QStringLiteral("ページ範囲が不正です。")
+                                       : QStringLiteral("Invalid page range"));
     EXPECT_EQ(combo.currentIndex(), 1);
     EXPECT_EQ(combo.itemText(1), QStringLiteral(" 2 - 5"));
     EXPECT_EQ(env.state.PageFrom, 1);
@@ -281,13 +293,16 @@ TEST_F(IntakeTest, PageRangeIsChosenInItsDialog)
 
     // Opening it again offers the range; Cancel falls back to all pages, the numbers stay.
     WhenModalAppears(QStringLiteral("PageRangeForm"), [](QWidget& dialog) {
-        EXPECT_EQ(Child<QLineEdit>(dialog, QStringLiteral("TextPageFrom")).text(), QStringLiteral("2"));
-        EXPECT_EQ(Child<QLineEdit>(dialog, QStringLiteral("TextPageTo")).text(), QStringLiteral("5"));
+        EXPECT_EQ(Child<QLineEdit>(dialog, QStringLiteral("TextPageFrom")).text(),
+                  QStringLiteral("2"));
+        EXPECT_EQ(Child<QLineEdit>(dialog, QStringLiteral("TextPageTo")).text(),
+                  QStringLiteral("5"));
         Child<QPushButton>(dialog, QStringLiteral("ButtonCancel")).click();
     });
     emit combo.activated(1);
     EXPECT_EQ(combo.currentIndex(), 0);
-    EXPECT_EQ(combo.itemText(1), Japanese() ? QStringLiteral("範囲指定") : QStringLiteral("Specify"));
+    EXPECT_EQ(combo.itemText(1),
+              Japanese() ? QStringLiteral("範囲指定") : QStringLiteral("Specify"));
     EXPECT_EQ(env.state.PageFrom, 1);
     EXPECT_EQ(env.state.PageTo, 4);
 }

@@ -47,7 +47,8 @@ class ParsePageRangeTest : public ::testing::TestWithParam<RangeRow>
 TEST_P(ParsePageRangeTest, AcceptsOnlyForwardRangesWithinTheDocument)
 {
     const RangeRow& row = GetParam();
-    const auto range = ParsePageRange(QString::fromUtf8(row.from), QString::fromUtf8(row.to), row.pageCount);
+    const auto range =
+        ParsePageRange(QString::fromUtf8(row.from), QString::fromUtf8(row.to), row.pageCount);
     ASSERT_EQ(range.has_value(), row.valid) << row.from << " - " << row.to;
     if (range) {
         EXPECT_EQ(range->from, row.first);
@@ -68,7 +69,8 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(PageCountText, NamesThePageCountInTheUsersLanguage)
 {
     const bool japanese = qEnvironmentVariable("VELMORA_TEST_LOCALE") == QStringLiteral("ja");
-    EXPECT_EQ(PageCountText(12), japanese ? QStringLiteral("(計12ページ)") : QStringLiteral("(12 pages total)"));
+    EXPECT_EQ(PageCountText(12),
+              japanese ? QStringLiteral("(計12ページ)") : QStringLiteral("(12 pages total)"));
 }
 
 }  // namespace

@@ -33,27 +33,25 @@ TEST_P(SplitCommandLineTest, GivesTheTokensOfTheRawText)
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, SplitCommandLineTest,
-    ::testing::Values(
-        SplitRow{"", {}},
-        SplitRow{"    ", {}},
-        SplitRow{R"(/c "C:\My Files\a.pdf" "C:\Out\b.doc")", {"/c", R"(C:\My Files\a.pdf)", R"(C:\Out\b.doc)"}},
-        SplitRow{R"(/c "C:\My Files\a.pdf)", {"/c", R"(C:\My Files\a.pdf)"}},
-        SplitRow{R"("a b"c)", {"a b", "c"}},
-        SplitRow{R"(ab"c d")", {R"(ab"c)", R"(d")"}},
-        SplitRow{R"("")", {""}},
-        SplitRow{R"(/m "" "x.doc")", {"/m", "", "x.doc"}},
-        SplitRow{"a    b   ", {"a", "b"}},
-        SplitRow{"   a", {"a"}},
-        SplitRow{"a\tb", {"a\tb"}},
-        SplitRow{R"("a "  "b")", {"a ", "b"}},
-        SplitRow{R"("unterminated   with blanks  )", {"unterminated   with blanks  "}},
-        SplitRow{"日本語 \"ファイル 名.pdf\"", {"日本語", "ファイル 名.pdf"}}));
+    ::testing::Values(SplitRow{"", {}}, SplitRow{"    ", {}},
+                      SplitRow{R"(/c "C:\My Files\a.pdf" "C:\Out\b.doc")",
+                               {"/c", R"(C:\My Files\a.pdf)", R"(C:\Out\b.doc)"}},
+                      SplitRow{R"(/c "C:\My Files\a.pdf)", {"/c", R"(C:\My Files\a.pdf)"}},
+                      SplitRow{R"("a b"c)", {"a b", "c"}},
+                      SplitRow{R"(ab"c d")", {R"(ab"c)", R"(d")"}}, SplitRow{R"("")", {""}},
+                      SplitRow{R"(/m "" "x.doc")", {"/m", "", "x.doc"}},
+                      SplitRow{"a    b   ", {"a", "b"}}, SplitRow{"   a", {"a"}},
+                      SplitRow{"a\tb", {"a\tb"}}, SplitRow{R"("a "  "b")", {"a ", "b"}},
+                      SplitRow{R"("unterminated   with blanks  )",
+                               {"unterminated   with blanks  "}},
+                      SplitRow{"日本語 \"ファイル 名.pdf\"", {"日本語", "ファイル 名.pdf"}}));
 
 TEST(SplitCommandLine, ClosingQuoteBeyondThe16BitLimitEndsTheSplit)
 {
     const QString longToken = QString(32766, u'x');
     // A closing quote at position 32,767 is still in range.
-    EXPECT_EQ(Split(QStringLiteral("\"") + longToken.left(32765) + QStringLiteral("\" z")).size(), 2);
+    EXPECT_EQ(Split(QStringLiteral("\"") + longToken.left(32765) + QStringLiteral("\" z")).size(),
+              2);
     // One further and the position overflows: nothing from there on becomes a token.
     const QStringList tokens = Split(QStringLiteral("a \"") + longToken + QStringLiteral("\" z"));
     EXPECT_EQ(tokens, QStringList{QStringLiteral("a")});
@@ -88,21 +86,16 @@ TEST_P(ParseCommandLineTest, SetsTheRunFields)
 INSTANTIATE_TEST_SUITE_P(
     Rows, ParseCommandLineTest,
     ::testing::Values(
-        ParseRow{"", 0, 0, "", "", ""},
-        ParseRow{"/home/a/report.pdf", 0, 0, "", "", ""},
-        ParseRow{"/o", 2, 0, "", "", ""},
-        ParseRow{"/o a.pdf b.doc", 2, 0, "", "", ""},
-        ParseRow{"/O", 0, 0, "", "", ""},
-        ParseRow{"/C a.pdf", 0, 0, "", "", ""},
-        ParseRow{"/c", 1, 0, "", "", ""},
-        ParseRow{"/c a.pdf", 1, 0, "a.pdf", "", ""},
-        ParseRow{"/c a.PDF", 1, 0, "a.PDF", "", ""},
-        ParseRow{"/c a.pdf.txt", 1, 0, "", "", ""},
+        ParseRow{"", 0, 0, "", "", ""}, ParseRow{"/home/a/report.pdf", 0, 0, "", "", ""},
+        ParseRow{"/o", 2, 0, "", "", ""}, ParseRow{"/o a.pdf b.doc", 2, 0, "", "", ""},
+        ParseRow{"/O", 0, 0, "", "", ""}, ParseRow{"/C a.pdf", 0, 0, "", "", ""},
+        ParseRow{"/c", 1, 0, "", "", ""}, ParseRow{"/c a.pdf", 1, 0, "a.pdf", "", ""},
+        ParseRow{"/c a.PDF", 1, 0, "a.PDF", "", ""}, ParseRow{"/c a.pdf.txt", 1, 0, "", "", ""},
         ParseRow{"/c apdf", 1, 0, "", "", ""},
         ParseRow{"/c a.txt out.doc", 1, 0, "", "out.doc", ""},
-        ParseRow{"/c \"/my files/a.pdf\" \"/out dir/b.doc\" ignored", 1, 0, "/my files/a.pdf", "/out dir/b.doc", ""},
-        ParseRow{"/m", 1, -1, "", "", ""},
-        ParseRow{"/m a.txt", 1, -1, "a.txt", "", ""},
+        ParseRow{"/c \"/my files/a.pdf\" \"/out dir/b.doc\" ignored", 1, 0, "/my files/a.pdf",
+                 "/out dir/b.doc", ""},
+        ParseRow{"/m", 1, -1, "", "", ""}, ParseRow{"/m a.txt", 1, -1, "a.txt", "", ""},
         ParseRow{"/m a.pdf b.doc", 1, -1, "a.pdf", "b.doc", ""},
         ParseRow{"/m a.pdf b.doc \"Document 1\" extra", 1, -1, "a.pdf", "b.doc", "Document 1"},
         ParseRow{"/m \"\" \"x.doc\"", 1, -1, "", "x.doc", ""},
@@ -142,7 +135,8 @@ class HasExtensionTest : public ::testing::TestWithParam<ExtensionRow>
 TEST_P(HasExtensionTest, TellsWhetherThePathEndsInTheExtension)
 {
     const ExtensionRow& row = GetParam();
-    EXPECT_EQ(HasExtension(QString::fromUtf8(row.path), QString::fromUtf8(row.extension)), row.expected)
+    EXPECT_EQ(HasExtension(QString::fromUtf8(row.path), QString::fromUtf8(row.extension)),
+              row.expected)
         << row.path << " " << row.extension;
 }
 

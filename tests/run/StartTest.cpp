@@ -52,8 +52,9 @@ TEST_P(NoWorkStartTest, EndsSilentlyWithoutTouchingTheStore)
 
 INSTANTIATE_TEST_SUITE_P(Rows, NoWorkStartTest,
                          ::testing::Values(StartRow{{}}, StartRow{{"/home/user/report.pdf"}},
-                                           StartRow{{"/O"}}, StartRow{{"/C", "a.pdf"}}, StartRow{{"/m"}},
-                                           StartRow{{"/m", "a.pdf"}}, StartRow{{"/m", "", ""}},
-                                           StartRow{{"/m", "a.pdf", ""}}, StartRow{{"-rf", "/"}}));
+                                           StartRow{{"/O"}}, StartRow{{"/C", "a.pdf"}},
+                                           StartRow{{"/m"}}, StartRow{{"/m", "a.pdf"}},
+                                           StartRow{{"/m", "", ""}}, StartRow{{"/m", "a.pdf", ""}},
+                                           StartRow{{"-rf", "/"}}));
 
 }  // namespace

@@ -7,9 +7,9 @@
 #include <QApplication>
 #include <QDialog>
 #include <QElapsedTimer>
-#include <QThread>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QTimer>
 
 #include <gtest/gtest.h>

@@ -40,19 +40,22 @@ void WhenModalAppears(const QString& objectName, std::function<void(QWidget&)> a
 
 void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen, int timeoutMs)
 {
-    WhenModalAppears(QStringLiteral("MessageBox"), [button, seen](QWidget& widget) {
-        auto* box = qobject_cast<QMessageBox*>(&widget);
-        ASSERT_NE(box, nullptr);
-        if (seen) {
-            seen->shown = true;
-            seen->text = box->text();
-            seen->title = box->windowTitle();
-            seen->icon = box->icon();
-        }
-        QAbstractButton* target = box->button(button);
-        ASSERT_NE(target, nullptr) << "the message box has no such button";
-        target->click();
-    }, timeoutMs);
+    WhenModalAppears(
+        QStringLiteral("MessageBox"),
+        [button, seen](QWidget& widget) {
+            auto* box = qobject_cast<QMessageBox*>(&widget);
+            ASSERT_NE(box, nullptr);
+            if (seen) {
+                seen->shown = true;
+                seen->text = box->text();
+                seen->title = box->windowTitle();
+                seen->icon = box->icon();
+            }
+            QAbstractButton* target = box->button(button);
+            ASSERT_NE(target, nullptr) << "the message box has no such button";
+            target->click();
+        },
+        timeoutMs);
 }
 
 void ProcessPendingEvents()

@@ -6,9 +6,9 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
+#include <QString>
 #include <QStringList>
 #include <QTimer>
-#include <QString>
 #include <QWidget>
 
 #include <functional>
@@ -33,8 +33,7 @@ void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen 
 void ProcessPendingEvents();
 
 // Finds a child by object name and type, failing the test when it is missing.
-template <class T>
-T& Child(QWidget& parent, const QString& name)
+template <class T> T& Child(QWidget& parent, const QString& name)
 {
     T* found = parent.findChild<T*>(name);
     if (!found)
