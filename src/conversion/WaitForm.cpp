@@ -6,6 +6,7 @@
 #include "dialogs/AppContext.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Placement.h"
+#include "platform/FileClock.h"
 #include "run/RunState.h"
 #include "services/Events.h"
 #include "services/Localisation.h"
@@ -58,7 +59,7 @@ void WaitForm::RunConversion()
         DeriveOutputPath(state);
         const QString program = EngineProgram(m_context.applicationDir);
         const QString arguments = ConversionArguments(state);
-        const QDateTime start = QDateTime::currentDateTime();
+        const QDateTime start = CurrentFileSystemTime(QFileInfo(state.OutputPath).absolutePath());
         const qint32 code =
             LaunchAndWait(nullptr, OpenVerb, program, arguments, ShowNormal,
                           ExactEngineArguments(arguments, ConversionArgumentList(state)));

@@ -104,6 +104,8 @@ int main(int argc, char** argv)
         WriteBitmap(stem + "_1.bmp", width, height);
         return 0;
     }
+    // A real engine takes longer than one tick of the clock that stamps files.
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
     std::ofstream out(target, std::ios::binary | std::ios::trunc);
     out << "{\\rtf1\\ansi stand-in}";
     return out ? 0 : 1;
