@@ -47,10 +47,8 @@ ThumbnailForm::ThumbnailForm(DialogRuntime& runtime, AppContext& context)
 
 void ThumbnailForm::Form_Load()
 {
-    auto text = [](QWidget* control) {
-        return [control](const QString& value) { SetControlText(*control, value); };
-    };
-    ApplyDialogLanguage(*this, {{{2101}, text(m_labelMessage)}, {{2102}, text(m_buttonSkip)}});
+    ApplyDialogLanguage(*this,
+                        {{{2101}, CaptionOf(m_labelMessage)}, {{2102}, CaptionOf(m_buttonSkip)}});
 }
 
 void ThumbnailForm::ButtonSkip_Click()

@@ -160,33 +160,24 @@ ConversionMethodForm::ConversionMethodForm(DialogRuntime& runtime, Forms& forms)
 
 void ConversionMethodForm::Form_Load()
 {
-    auto text = [](QWidget* control) {
-        return [control](const QString& value) { SetControlText(*control, value); };
-    };
-    const bool localised = ApplyDialogLanguage(*this, {
-                                                          {{1801}, text(this)},
-                                                          {{1802}, text(m_frameConversionOptions)},
-                                                          {{1803}, text(m_labelDocumentTypeText)},
-                                                          {{1804, 1805}, text(m_optionExact)},
-                                                          {{1806}, text(m_labelOptionExact)},
-                                                          {{1807, 1808}, text(m_optionPreserve)},
-                                                          {{1809}, text(m_labelOptionPreserve)},
-                                                          {{1810, 1811}, text(m_optionFlow)},
-                                                          {{1812}, text(m_labelOptionFlow)},
-                                                          {{1813}, text(m_buttonHelp)},
-                                                          {{1814}, text(m_buttonNext)},
-                                                          {{1815}, text(m_buttonDone)},
-                                                      });
+    const bool localised =
+        ApplyDialogLanguage(*this, {
+                                       {{1801}, CaptionOf(this)},
+                                       {{1802}, CaptionOf(m_frameConversionOptions)},
+                                       {{1803}, CaptionOf(m_labelDocumentTypeText)},
+                                       {{1804, 1805}, CaptionOf(m_optionExact)},
+                                       {{1806}, CaptionOf(m_labelOptionExact)},
+                                       {{1807, 1808}, CaptionOf(m_optionPreserve)},
+                                       {{1809}, CaptionOf(m_labelOptionPreserve)},
+                                       {{1810, 1811}, CaptionOf(m_optionFlow)},
+                                       {{1812}, CaptionOf(m_labelOptionFlow)},
+                                       {{1813}, CaptionOf(m_buttonHelp)},
+                                       {{1814}, CaptionOf(m_buttonNext)},
+                                       {{1815}, CaptionOf(m_buttonDone)},
+                                   });
     if (!localised)
         return;
-    const qint32 pictureBase = LanguageOffset(GetUserDefaultLangID()) / 10;
-    const QList<std::pair<QLabel*, qint32>> pictures = {
-        {m_imageExact, 8}, {m_imagePreserve, 9}, {m_imageFlow, 10}};
-    for (const auto& [image, number] : pictures) {
-        const QPixmap picture = LoadResPicture(pictureBase + number);
-        if (!picture.isNull())
-            image->setPixmap(picture);
-    }
+    LoadLocalisedPictures({{m_imageExact, 8}, {m_imagePreserve, 9}, {m_imageFlow, 10}});
 }
 
 void ConversionMethodForm::Form_Activate()

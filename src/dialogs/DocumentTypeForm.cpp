@@ -148,33 +148,24 @@ DocumentTypeForm::DocumentTypeForm(DialogRuntime& runtime, Forms& forms)
 
 void DocumentTypeForm::Form_Load()
 {
-    auto text = [](QWidget* control) {
-        return [control](const QString& value) { SetControlText(*control, value); };
-    };
-    const bool localised = ApplyDialogLanguage(*this, {
-                                                          {{1701}, text(this)},
-                                                          {{1702}, text(m_frameDocumentType)},
-                                                          {{1703}, text(m_labelDocumentTypeText)},
-                                                          {{1704, 1705}, text(m_optionMulti)},
-                                                          {{1706}, text(m_labelOptionMulti)},
-                                                          {{1707, 1708}, text(m_optionSingle)},
-                                                          {{1709}, text(m_labelOptionSingle)},
-                                                          {{1710, 1711}, text(m_optionLegal)},
-                                                          {{1712}, text(m_labelOptionLegal)},
-                                                          {{1713}, text(m_buttonHelp)},
-                                                          {{1714}, text(m_buttonNext)},
-                                                          {{1715}, text(m_buttonDone)},
-                                                      });
+    const bool localised =
+        ApplyDialogLanguage(*this, {
+                                       {{1701}, CaptionOf(this)},
+                                       {{1702}, CaptionOf(m_frameDocumentType)},
+                                       {{1703}, CaptionOf(m_labelDocumentTypeText)},
+                                       {{1704, 1705}, CaptionOf(m_optionMulti)},
+                                       {{1706}, CaptionOf(m_labelOptionMulti)},
+                                       {{1707, 1708}, CaptionOf(m_optionSingle)},
+                                       {{1709}, CaptionOf(m_labelOptionSingle)},
+                                       {{1710, 1711}, CaptionOf(m_optionLegal)},
+                                       {{1712}, CaptionOf(m_labelOptionLegal)},
+                                       {{1713}, CaptionOf(m_buttonHelp)},
+                                       {{1714}, CaptionOf(m_buttonNext)},
+                                       {{1715}, CaptionOf(m_buttonDone)},
+                                   });
     if (!localised)
         return;
-    const qint32 pictureBase = LanguageOffset(GetUserDefaultLangID()) / 10;
-    const QList<std::pair<QLabel*, qint32>> pictures = {
-        {m_imageSingle, 5}, {m_imageMulti, 6}, {m_imageLegal, 7}};
-    for (const auto& [image, number] : pictures) {
-        const QPixmap picture = LoadResPicture(pictureBase + number);
-        if (!picture.isNull())
-            image->setPixmap(picture);
-    }
+    LoadLocalisedPictures({{m_imageSingle, 5}, {m_imageMulti, 6}, {m_imageLegal, 7}});
 }
 
 void DocumentTypeForm::Form_Activate()

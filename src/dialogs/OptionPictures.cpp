@@ -1,6 +1,10 @@
 #include "dialogs/OptionPictures.h"
 
+#include "platform/UserLanguage.h"
+#include "services/Localisation.h"
+
 #include <QFont>
+#include <QLabel>
 #include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
@@ -428,5 +432,15 @@ QPixmap LoadResPicture(qint32 id)
         return DrawOptionPicture(OptionPicture::FlowingText, PictureLanguage::Japanese);
     default:
         return {};
+    }
+}
+
+void LoadLocalisedPictures(const QList<std::pair<QLabel*, qint32>>& pictures)
+{
+    const qint32 pictureBase = LanguageOffset(GetUserDefaultLangID()) / 10;
+    for (const auto& [image, number] : pictures) {
+        const QPixmap picture = LoadResPicture(pictureBase + number);
+        if (!picture.isNull())
+            image->setPixmap(picture);
     }
 }

@@ -4,8 +4,13 @@
 // document types, examples of the conversion methods and the two output file icons. Each
 // illustration exists in English and, where it shows words, in Japanese.
 
+#include <QList>
 #include <QPixmap>
 #include <QtGlobal>
+
+#include <utility>
+
+class QLabel;
 
 enum class OptionPicture {
     SingleColumn,
@@ -35,3 +40,8 @@ QPixmap DrawPageDecoration(int width, int height);
 // picture's number: 5005 single column to 5010 flowing text). An unknown id gives an empty
 // pixmap.
 QPixmap LoadResPicture(qint32 id);
+
+// Puts the localised pictures of the user's language on their image controls; each pair is
+// a control and its picture number n (the id is the language offset / 10 + n). A picture that
+// can't be loaded leaves the control's own.
+void LoadLocalisedPictures(const QList<std::pair<QLabel*, qint32>>& pictures);

@@ -188,24 +188,21 @@ OtherOptionsForm::OtherOptionsForm(DialogRuntime& runtime, Forms& forms)
 
 void OtherOptionsForm::Form_Load()
 {
-    auto text = [](QWidget* control) {
-        return [control](const QString& value) { SetControlText(*control, value); };
-    };
     ApplyDialogLanguage(*this, {
-                                   {{1901}, text(this)},
-                                   {{1902}, text(m_frameAdvancedOptions)},
-                                   {{1903}, text(m_labelDocumentTypeText)},
-                                   {{1904}, text(m_labelConversionMethodText)},
-                                   {{1905}, text(m_checkPreserve)},
-                                   {{1906}, text(m_checkResize)},
-                                   {{1907}, text(m_checkSub)},
-                                   {{1908}, text(m_checkHeader)},
-                                   {{1909}, text(m_labelImageFormat)},
-                                   {{1910}, text(m_checkWordArt)},
-                                   {{1911}, text(m_labelImageQuality)},
-                                   {{1912}, text(m_labelOutputFormat)},
-                                   {{1913}, text(m_buttonHelp)},
-                                   {{1914}, text(m_buttonDone)},
+                                   {{1901}, CaptionOf(this)},
+                                   {{1902}, CaptionOf(m_frameAdvancedOptions)},
+                                   {{1903}, CaptionOf(m_labelDocumentTypeText)},
+                                   {{1904}, CaptionOf(m_labelConversionMethodText)},
+                                   {{1905}, CaptionOf(m_checkPreserve)},
+                                   {{1906}, CaptionOf(m_checkResize)},
+                                   {{1907}, CaptionOf(m_checkSub)},
+                                   {{1908}, CaptionOf(m_checkHeader)},
+                                   {{1909}, CaptionOf(m_labelImageFormat)},
+                                   {{1910}, CaptionOf(m_checkWordArt)},
+                                   {{1911}, CaptionOf(m_labelImageQuality)},
+                                   {{1912}, CaptionOf(m_labelOutputFormat)},
+                                   {{1913}, CaptionOf(m_buttonHelp)},
+                                   {{1914}, CaptionOf(m_buttonDone)},
                                });
 }
 

@@ -152,31 +152,28 @@ void WelcomeForm::Form_Load()
 
 void WelcomeForm::ApplyLanguage()
 {
-    auto text = [](QWidget* control) {
-        return [control](const QString& value) { SetControlText(*control, value); };
-    };
     auto comboRow = [this](int row) {
         return [this, row](const QString& value) { m_comboPageRange->setItemText(row, value); };
     };
     ApplyDialogLanguage(*this, {
-                                   {{1601}, text(this)},
-                                   {{1602}, text(m_framePreview)},
-                                   {{1603}, text(m_checkPreview)},
-                                   {{1604}, text(m_frameOptions)},
-                                   {{1605}, text(m_labelDocumentTypeText)},
-                                   {{1606}, text(m_labelConversionMethodText)},
-                                   {{1607}, text(m_labelAdvancedOption)},
-                                   {{1608}, text(m_labelImageFormatText)},
-                                   {{1609}, text(m_labelImageQualityText)},
-                                   {{1610}, text(m_labelOutputFormatText)},
-                                   {{1611}, text(m_labelPageRange)},
+                                   {{1601}, CaptionOf(this)},
+                                   {{1602}, CaptionOf(m_framePreview)},
+                                   {{1603}, CaptionOf(m_checkPreview)},
+                                   {{1604}, CaptionOf(m_frameOptions)},
+                                   {{1605}, CaptionOf(m_labelDocumentTypeText)},
+                                   {{1606}, CaptionOf(m_labelConversionMethodText)},
+                                   {{1607}, CaptionOf(m_labelAdvancedOption)},
+                                   {{1608}, CaptionOf(m_labelImageFormatText)},
+                                   {{1609}, CaptionOf(m_labelImageQualityText)},
+                                   {{1610}, CaptionOf(m_labelOutputFormatText)},
+                                   {{1611}, CaptionOf(m_labelPageRange)},
                                    {{1612}, comboRow(0)},
                                    {{1613}, comboRow(1)},
-                                   {{1614}, text(m_buttonHelp)},
-                                   {{1615}, text(m_buttonCancel)},
-                                   {{1616}, text(m_buttonEditOptions)},
-                                   {{1617}, text(m_buttonConvert)},
-                                   {{1618}, text(m_checkOpenAfterConversion)},
+                                   {{1614}, CaptionOf(m_buttonHelp)},
+                                   {{1615}, CaptionOf(m_buttonCancel)},
+                                   {{1616}, CaptionOf(m_buttonEditOptions)},
+                                   {{1617}, CaptionOf(m_buttonConvert)},
+                                   {{1618}, CaptionOf(m_checkOpenAfterConversion)},
                                });
 }
 

@@ -74,15 +74,12 @@ QString PageRangeForm::ToText() const
 
 void PageRangeForm::Form_Load()
 {
-    auto text = [](QWidget* control) {
-        return [control](const QString& value) { SetControlText(*control, value); };
-    };
-    ApplyDialogLanguage(*this, {{{2001}, text(this)},
-                                {{2002}, text(m_frameSpecifyPageRange)},
-                                {{2003}, text(m_labelPageRange)},
-                                {{2004}, text(m_labelPageCount)},
-                                {{2005}, text(m_buttonOK)},
-                                {{2006}, text(m_buttonCancel)}});
+    ApplyDialogLanguage(*this, {{{2001}, CaptionOf(this)},
+                                {{2002}, CaptionOf(m_frameSpecifyPageRange)},
+                                {{2003}, CaptionOf(m_labelPageRange)},
+                                {{2004}, CaptionOf(m_labelPageCount)},
+                                {{2005}, CaptionOf(m_buttonOK)},
+                                {{2006}, CaptionOf(m_buttonCancel)}});
 }
 
 void PageRangeForm::Form_Activate()

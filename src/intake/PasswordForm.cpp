@@ -45,13 +45,10 @@ void PasswordForm::Form_Load()
 {
     m_buttonOK->setEnabled(false);
     m_state.Passwords.clear();
-    auto text = [](QWidget* control) {
-        return [control](const QString& value) { SetControlText(*control, value); };
-    };
-    ApplyDialogLanguage(*this, {{{2201}, text(this)},
-                                {{2202}, text(m_labelMessage)},
-                                {{2203}, text(m_buttonOK)},
-                                {{2204}, text(m_buttonCancel)}});
+    ApplyDialogLanguage(*this, {{{2201}, CaptionOf(this)},
+                                {{2202}, CaptionOf(m_labelMessage)},
+                                {{2203}, CaptionOf(m_buttonOK)},
+                                {{2204}, CaptionOf(m_buttonCancel)}});
 }
 
 void PasswordForm::TextPassword_Change()

@@ -102,3 +102,8 @@ void SetControlText(QWidget& control, const QString& text)
         control.setWindowTitle(text);
     }
 }
+
+std::function<void(const QString&)> CaptionOf(QWidget* control)
+{
+    return [control](const QString& value) { SetControlText(*control, value); };
+}

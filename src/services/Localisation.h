@@ -38,6 +38,9 @@ struct DialogText final
     std::function<void(const QString&)> apply;
 };
 
+// The usual target of a dialog text: the caption of `control` (see SetControlText).
+std::function<void(const QString&)> CaptionOf(QWidget* control);
+
 // The load step that every dialog shares: nothing in English; in Japanese the font, then
 // each text in order. A missing row leaves its control's English text. Returns whether the
 // overlay applied, so that a dialog can load its localised pictures too.
