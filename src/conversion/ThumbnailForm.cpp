@@ -41,7 +41,7 @@ ThumbnailForm::ThumbnailForm(DialogRuntime& runtime, AppContext& context)
     m_timer1->setInterval(1000);
     m_timer1->setSingleShot(false);
 
-    connect(m_buttonSkip, &QPushButton::clicked, this, &ThumbnailForm::ButtonSkip_Click);
+    connect(m_buttonSkip, &QPushButton::clicked, this, Handler(&ThumbnailForm::ButtonSkip_Click));
     connect(m_timer1, &QTimer::timeout, m_timer1, &QTimer::stop);
 }
 

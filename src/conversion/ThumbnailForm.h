@@ -22,6 +22,8 @@ public:
 protected:
     void Form_Load() override;
     void Form_Activate() override;
+    // Closing the window stops the wait as Skip does.
+    void Form_CloseRequest() override { m_skipped = true; }
 
 private:
     void RunPreview();

@@ -21,6 +21,8 @@ public:
 protected:
     void Form_Load() override;
     void Form_Activate() override;
+    // A run can't be cancelled: the window manager's close request is ignored.
+    void Form_CloseRequest() override {}
 
 private:
     void RunConversion();

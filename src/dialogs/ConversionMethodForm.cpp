@@ -151,11 +151,14 @@ ConversionMethodForm::ConversionMethodForm(DialogRuntime& runtime, Forms& forms)
         if (on)
             OptionFlow_Click();
     });
-    connect(m_buttonNext, &QPushButton::clicked, this, &ConversionMethodForm::ButtonNext_Click);
+    connect(m_buttonNext, &QPushButton::clicked, this,
+            Handler(&ConversionMethodForm::ButtonNext_Click));
     connect(m_labelDocumentType, &LinkLabel::clicked, this,
-            &ConversionMethodForm::LabelDocumentType_Click);
-    connect(m_buttonDone, &QPushButton::clicked, this, &ConversionMethodForm::ButtonDone_Click);
-    connect(m_buttonHelp, &QPushButton::clicked, this, &ConversionMethodForm::ButtonHelp_Click);
+            Handler(&ConversionMethodForm::LabelDocumentType_Click));
+    connect(m_buttonDone, &QPushButton::clicked, this,
+            Handler(&ConversionMethodForm::ButtonDone_Click));
+    connect(m_buttonHelp, &QPushButton::clicked, this,
+            Handler(&ConversionMethodForm::ButtonHelp_Click));
 }
 
 void ConversionMethodForm::Form_Load()

@@ -17,7 +17,10 @@ bool DialogRuntime::IsLoaded(const Form* form) const
 
 void DialogRuntime::Load(Form& form)
 {
+    // An unloaded form is on its way out; a new load makes a new instance.
+    Q_ASSERT(!form.m_retired);
     m_loaded.append(&form);
+    const Form::HandlerScope scope(form);
     form.Form_Load();
 }
 
@@ -26,8 +29,10 @@ void DialogRuntime::SetActive(Form* form)
     if (m_active == form)
         return;
     m_active = form;
-    if (form)
+    if (form) {
+        const Form::HandlerScope scope(*form);
         form->Form_Activate();
+    }
 }
 
 void DialogRuntime::Show(Form& form)
@@ -82,15 +87,24 @@ void DialogRuntime::Unload(Form& form)
 {
     if (!IsLoaded(&form))
         return;
-    form.Form_QueryUnload();
-    if (!IsLoaded(&form))
-        return;  // the query itself unloaded it
-    form.Form_Unload();
-    m_loaded.removeOne(&form);
-    if (m_active == &form)
-        m_active = nullptr;
-    form.hide();
-    form.deleteLater();
+    {
+        const Form::HandlerScope scope(form);
+        form.Form_QueryUnload();
+        if (!IsLoaded(&form))
+            return;  // the query itself unloaded it
+        form.Form_Unload();
+        m_loaded.removeOne(&form);
+        if (m_active == &form)
+            m_active = nullptr;
+        form.hide();
+        form.m_retired = true;
+    }
     if (m_loaded.isEmpty())
         emit AllUnloaded();
+}
+
+void DialogRuntime::RequestHelp(Form& form)
+{
+    if (m_helpHandler)
+        m_helpHandler(form);
 }

@@ -8,6 +8,8 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
+
 #include "dialogs/Form.h"
 
 class DialogRuntime final : public QObject
@@ -39,8 +41,14 @@ public:
     void ShowModal(Form& form, Form* owner);
     void Hide(Form& form);
     // Runs Form_QueryUnload and Form_Unload, hides the form and removes it from the
-    // collection. The object itself goes later, so a handler may unload its own form.
+    // collection. The object itself goes once no handler of it is running, so a handler may
+    // unload its own form, and a close request inside a waiting handler can't pull the form
+    // from under it.
     void Unload(Form& form);
+
+    // What F1 in a dialog does: the program shows the dialog's help topic.
+    void SetHelpHandler(std::function<void(Form&)> handler) { m_helpHandler = std::move(handler); }
+    void RequestHelp(Form& form);
 
 signals:
     void AllUnloaded();
@@ -51,4 +59,5 @@ private:
 
     QList<Form*> m_loaded;
     QPointer<Form> m_active;
+    std::function<void(Form&)> m_helpHandler;
 };

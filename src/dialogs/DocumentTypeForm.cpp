@@ -141,9 +141,12 @@ DocumentTypeForm::DocumentTypeForm(DialogRuntime& runtime, Forms& forms)
         if (on)
             OptionLegal_Click();
     });
-    connect(m_buttonNext, &QPushButton::clicked, this, &DocumentTypeForm::ButtonNext_Click);
-    connect(m_buttonDone, &QPushButton::clicked, this, &DocumentTypeForm::ButtonDone_Click);
-    connect(m_buttonHelp, &QPushButton::clicked, this, &DocumentTypeForm::ButtonHelp_Click);
+    connect(m_buttonNext, &QPushButton::clicked, this,
+            Handler(&DocumentTypeForm::ButtonNext_Click));
+    connect(m_buttonDone, &QPushButton::clicked, this,
+            Handler(&DocumentTypeForm::ButtonDone_Click));
+    connect(m_buttonHelp, &QPushButton::clicked, this,
+            Handler(&DocumentTypeForm::ButtonHelp_Click));
 }
 
 void DocumentTypeForm::Form_Load()

@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QGuiApplication>
 #include <QHideEvent>
+#include <QKeyEvent>
 #include <QScreen>
 
 #include <cmath>
@@ -90,11 +91,38 @@ void Form::PlaceTwips(QWidget& control, float left, float top, float width, floa
                         TwipsToPixelsY(height));
 }
 
+Form::HandlerScope::HandlerScope(Form& form) : m_form(form)
+{
+    ++m_form.m_handlerDepth;
+}
+
+Form::HandlerScope::~HandlerScope()
+{
+    if (--m_form.m_handlerDepth == 0 && m_form.m_retired)
+        m_form.deleteLater();
+}
+
 void Form::closeEvent(QCloseEvent* event)
 {
-    // Closing by the window frame unloads the form; the runtime decides what is left.
+    // The window itself never closes: the form decides what a close request means.
     event->ignore();
+    const HandlerScope scope(*this);
+    Form_CloseRequest();
+}
+
+void Form::Form_CloseRequest()
+{
     m_runtime.Unload(*this);
+}
+
+void Form::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_F1 && event->modifiers() == Qt::NoModifier) {
+        const HandlerScope scope(*this);
+        m_runtime.RequestHelp(*this);
+        return;
+    }
+    QDialog::keyPressEvent(event);
 }
 
 void Form::hideEvent(QHideEvent* event)

@@ -166,10 +166,12 @@ OtherOptionsForm::OtherOptionsForm(DialogRuntime& runtime, Forms& forms)
     setTabOrder(m_buttonHelp, m_buttonDone);
 
     // A box changed by code raises its click event as much as one changed by the user.
-    connect(m_checkHeader, &QCheckBox::toggled, this, &OtherOptionsForm::CheckHeader_Click);
+    connect(m_checkHeader, &QCheckBox::toggled, this,
+            Handler(&OtherOptionsForm::CheckHeader_Click));
     connect(m_comboImage, &QComboBox::currentIndexChanged, this,
-            &OtherOptionsForm::ComboImage_Click);
-    connect(m_sliderQuality, &QSlider::valueChanged, this, &OtherOptionsForm::SliderQuality_Change);
+            Handler(&OtherOptionsForm::ComboImage_Click));
+    connect(m_sliderQuality, &QSlider::valueChanged, this,
+            Handler(&OtherOptionsForm::SliderQuality_Change));
     connect(m_optionExtDoc, &QRadioButton::toggled, this, [this](bool on) {
         if (on)
             OptionExtDoc_Click();
@@ -179,11 +181,13 @@ OtherOptionsForm::OtherOptionsForm(DialogRuntime& runtime, Forms& forms)
             OptionExtRtf_Click();
     });
     connect(m_labelDocumentType, &LinkLabel::clicked, this,
-            &OtherOptionsForm::LabelDocumentType_Click);
+            Handler(&OtherOptionsForm::LabelDocumentType_Click));
     connect(m_labelConversionMethod, &LinkLabel::clicked, this,
-            &OtherOptionsForm::LabelConversionMethod_Click);
-    connect(m_buttonDone, &QPushButton::clicked, this, &OtherOptionsForm::ButtonDone_Click);
-    connect(m_buttonHelp, &QPushButton::clicked, this, &OtherOptionsForm::ButtonHelp_Click);
+            Handler(&OtherOptionsForm::LabelConversionMethod_Click));
+    connect(m_buttonDone, &QPushButton::clicked, this,
+            Handler(&OtherOptionsForm::ButtonDone_Click));
+    connect(m_buttonHelp, &QPushButton::clicked, this,
+            Handler(&OtherOptionsForm::ButtonHelp_Click));
 }
 
 void OtherOptionsForm::Form_Load()

@@ -128,15 +128,17 @@ WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow
     m_buttonConvert->setDefault(true);
     SetCancelButton(m_buttonCancel);
 
-    connect(m_buttonConvert, &QPushButton::clicked, this, &WelcomeForm::ButtonConvert_Click);
-    connect(m_buttonCancel, &QPushButton::clicked, this, &WelcomeForm::ButtonCancel_Click);
+    connect(m_buttonConvert, &QPushButton::clicked, this,
+            Handler(&WelcomeForm::ButtonConvert_Click));
+    connect(m_buttonCancel, &QPushButton::clicked, this, Handler(&WelcomeForm::ButtonCancel_Click));
     connect(m_buttonEditOptions, &QPushButton::clicked, this,
-            &WelcomeForm::ButtonEditOptions_Click);
-    connect(m_buttonHelp, &QPushButton::clicked, this, &WelcomeForm::ButtonHelp_Click);
+            Handler(&WelcomeForm::ButtonEditOptions_Click));
+    connect(m_buttonHelp, &QPushButton::clicked, this, Handler(&WelcomeForm::ButtonHelp_Click));
     connect(m_labelAdvancedOption, &LinkLabel::clicked, this,
-            &WelcomeForm::LabelAdvancedOption_Click);
+            Handler(&WelcomeForm::LabelAdvancedOption_Click));
     // A choice in the list raises the click event even when it is the entry already chosen.
-    connect(m_comboPageRange, &QComboBox::activated, this, &WelcomeForm::ComboPageRange_Click);
+    connect(m_comboPageRange, &QComboBox::activated, this,
+            Handler(&WelcomeForm::ComboPageRange_Click));
 }
 
 void WelcomeForm::Form_Load()

@@ -58,8 +58,9 @@ PageRangeForm::PageRangeForm(DialogRuntime& runtime, RunState& state)
     PlaceTwips(*m_buttonCancel, 4470, 1440, 1215, 375);
     SetCancelButton(m_buttonCancel);
 
-    connect(m_buttonOK, &QPushButton::clicked, this, &PageRangeForm::ButtonOK_Click);
-    connect(m_buttonCancel, &QPushButton::clicked, this, &PageRangeForm::ButtonCancel_Click);
+    connect(m_buttonOK, &QPushButton::clicked, this, Handler(&PageRangeForm::ButtonOK_Click));
+    connect(m_buttonCancel, &QPushButton::clicked, this,
+            Handler(&PageRangeForm::ButtonCancel_Click));
 }
 
 QString PageRangeForm::FromText() const

@@ -36,9 +36,11 @@ PasswordForm::PasswordForm(DialogRuntime& runtime, RunState& state) : Form(runti
     PlaceTwips(*m_buttonCancel, 3600, 1140, 1215, 375);
     SetCancelButton(m_buttonCancel);
 
-    connect(m_textPassword, &QLineEdit::textChanged, this, &PasswordForm::TextPassword_Change);
-    connect(m_buttonOK, &QPushButton::clicked, this, &PasswordForm::ButtonOK_Click);
-    connect(m_buttonCancel, &QPushButton::clicked, this, &PasswordForm::ButtonCancel_Click);
+    connect(m_textPassword, &QLineEdit::textChanged, this,
+            Handler(&PasswordForm::TextPassword_Change));
+    connect(m_buttonOK, &QPushButton::clicked, this, Handler(&PasswordForm::ButtonOK_Click));
+    connect(m_buttonCancel, &QPushButton::clicked, this,
+            Handler(&PasswordForm::ButtonCancel_Click));
 }
 
 void PasswordForm::Form_Load()

@@ -2,7 +2,8 @@
 // as VelmoraConverter, it records its arguments beside itself and does what the file
 // "standin.mode" there says: "write" (the default) writes the target, or for a preview run
 // (-P) a small picture of page 1; "nothing" writes nothing; "crash" aborts; "sleep" waits two
-// seconds first and then writes.
+// seconds first and then writes; "hold" waits until a file "standin.release" appears beside it
+// (a minute at most; it gives up when its folder goes) and then writes.
 
 #include <chrono>
 #include <cstdint>
@@ -94,6 +95,14 @@ int main(int argc, char** argv)
         return 2;
     if (mode == "sleep")
         std::this_thread::sleep_for(std::chrono::seconds(2));
+    if (mode == "hold") {
+        for (int waited = 0; waited < 60000 && !std::ifstream(dir + "/standin.release");
+             waited += 20) {
+            if (!std::ifstream(dir + "/standin.mode"))
+                return 1;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
 
     bool preview = false;
     for (int i = 3; i < argc; ++i)
