@@ -33,7 +33,13 @@ bool AskOutputFile(AppContext& context, QWidget* owner)
     const QString filter = state.DocumentFormat == 1
                                ? LocalText(5606, QStringLiteral("Word Document (*.doc)|*.doc"))
                                : LocalText(5607, QStringLiteral("Rich Text Format (*.rtf)|*.rtf"));
-    const std::optional<QString> chosen = AskSaveFileName(owner, state.OutputPath, filter);
+    // The run writes the chosen name with the format's extension, so that is the name the
+    // dialog must ask about before it replaces anything.
+    const qint16 format = state.DocumentFormat;
+    const std::optional<QString> chosen =
+        AskSaveFileName(owner, state.OutputPath, filter, [format](const QString& name) {
+            return WithFormatExtension(name, format);
+        });
     if (!chosen || chosen->isEmpty())
         return false;
     state.OutputPath = *chosen;

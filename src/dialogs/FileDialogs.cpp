@@ -7,9 +7,33 @@
 
 namespace {
 
-QFileDialog* MakeDialog(QWidget* owner, const QString& barFilter)
+// A save dialog that settles the final name before it accepts, so that its replace question is
+// about the file that will really be replaced.
+class TargetFileDialog final : public QFileDialog
 {
-    auto* dialog = new QFileDialog(owner);
+public:
+    TargetFileDialog(QWidget* owner, std::function<QString(const QString&)> finalName)
+        : QFileDialog(owner), m_finalName(std::move(finalName))
+    {
+    }
+
+    void accept() override
+    {
+        const QStringList chosen = selectedFiles();
+        if (m_finalName && chosen.size() == 1 && !QFileInfo(chosen.first()).isDir()) {
+            const QString finalName = m_finalName(chosen.first());
+            if (finalName != chosen.first())
+                selectFile(finalName);
+        }
+        QFileDialog::accept();
+    }
+
+private:
+    std::function<QString(const QString&)> m_finalName;
+};
+
+QFileDialog* SetUpDialog(QFileDialog* dialog, const QString& barFilter)
+{
     dialog->setObjectName(QStringLiteral("CommonDialog1"));
     dialog->setAttribute(Qt::WA_DeleteOnClose, false);
     // The widget-based dialog behaves the same on every desktop and can be driven in tests.
@@ -33,9 +57,10 @@ QString DialogFilter(const QString& barFilter)
                                          : description + QStringLiteral(" (") + pattern + u')';
 }
 
-QString AskOpenFileName(QWidget* owner, const QString& barFilter)
+QString AskOpenFileName(QWidget* owner, const QString& barFilter, const QString& startDirectory)
 {
-    QFileDialog* dialog = MakeDialog(owner, barFilter);
+    QFileDialog* dialog = SetUpDialog(new QFileDialog(owner), barFilter);
+    dialog->setDirectory(startDirectory);
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setWindowTitle(ApplicationTitle);
@@ -47,9 +72,10 @@ QString AskOpenFileName(QWidget* owner, const QString& barFilter)
 }
 
 std::optional<QString> AskSaveFileName(QWidget* owner, const QString& proposedPath,
-                                       const QString& barFilter)
+                                       const QString& barFilter,
+                                       const std::function<QString(const QString&)>& finalName)
 {
-    QFileDialog* dialog = MakeDialog(owner, barFilter);
+    QFileDialog* dialog = SetUpDialog(new TargetFileDialog(owner, finalName), barFilter);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setWindowTitle(ApplicationTitle);

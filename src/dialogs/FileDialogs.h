@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class QWidget;
@@ -12,10 +13,13 @@ class QWidget;
 // A filter as the program's texts write it, "Description (*.ext)|*.ext", in the dialog's form.
 QString DialogFilter(const QString& barFilter);
 
-// Asks for an existing file. The empty text when the user cancelled.
-QString AskOpenFileName(QWidget* owner, const QString& barFilter);
+// Asks for an existing file, starting in `startDirectory`. The empty text when the user
+// cancelled.
+QString AskOpenFileName(QWidget* owner, const QString& barFilter, const QString& startDirectory);
 
-// Asks for a target, proposing `proposedPath`, with one filter; asks before replacing a file.
-// Empty when the user cancelled.
+// Asks for a target, proposing `proposedPath`, with one filter. `finalName` turns what the user
+// chose into the name that will really be written (the format's extension); the dialog takes
+// that name and asks before it replaces that file. Empty when the user cancelled.
 std::optional<QString> AskSaveFileName(QWidget* owner, const QString& proposedPath,
-                                       const QString& barFilter);
+                                       const QString& barFilter,
+                                       const std::function<QString(const QString&)>& finalName);

@@ -63,10 +63,12 @@ std::optional<qint32> CountPages(AppContext& context, PdfAccessLibrary& pdfAcces
 bool PickSourcePdf(AppContext& context, WelcomeForm& welcome)
 {
     const QString chosen =
-        AskOpenFileName(&welcome, LocalText(5601, QStringLiteral("PDF Files (*.pdf)|*.pdf")));
+        AskOpenFileName(&welcome, LocalText(5601, QStringLiteral("PDF Files (*.pdf)|*.pdf")),
+                        RecentPdfFolder(context.settings));
     if (chosen.isEmpty())
         return false;
     context.state.SourcePath = chosen;
+    RememberPdfFolder(context.settings, chosen);
     return true;
 }
 

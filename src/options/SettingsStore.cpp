@@ -3,6 +3,9 @@
 #include "options/OptionsDocument.h"
 #include "run/RunState.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 #include <limits>
 
 namespace {
@@ -163,4 +166,19 @@ void SaveOptions(RunState& state, const SettingsShellFactory& shellFactory, bool
 
     shell.reset();
     state.OptionsDocument = document;
+}
+
+QString RecentPdfFolder(const SettingsShellFactory& shellFactory)
+{
+    const std::unique_ptr<SettingsShell> shell = MakeShell(shellFactory);
+    const std::optional<QString> folder = ReadText(shell.get(), SettingsNames::RecentPdfFolder);
+    if (folder && !folder->isEmpty() && QDir::isAbsolutePath(*folder) && QFileInfo(*folder).isDir())
+        return *folder;
+    return QDir::homePath();
+}
+
+void RememberPdfFolder(const SettingsShellFactory& shellFactory, const QString& pdfPath)
+{
+    const std::unique_ptr<SettingsShell> shell = MakeShell(shellFactory);
+    WriteText(shell.get(), SettingsNames::RecentPdfFolder, QFileInfo(pdfPath).absolutePath());
 }

@@ -36,6 +36,8 @@ inline const QString OptionsDocument = QStringLiteral("VOREK - RTF");
 inline const QString PreviewThumb = QStringLiteral("RTF/PreviewThumb");
 inline const QString DocumentFormat = QStringLiteral("RTF/DocumentFormat");
 inline const QString LaunchWord = QStringLiteral("RTF/LaunchWord");
+// Where the user last picked a PDF; the open dialog starts there.
+inline const QString RecentPdfFolder = QStringLiteral("Recent/PdfFolder");
 }  // namespace SettingsNames
 
 // The real store: QSettings in the user's configuration, readable by its owner only because

@@ -8,6 +8,7 @@
 #include "run/RunState.h"
 #include "services/Help.h"
 
+#include <QDir>
 #include <QFont>
 
 namespace {
@@ -37,6 +38,11 @@ bool PrepareRun(RunState& state, const QString& commandText, const QString& appl
     ParseCommandLine(commandText, state);
     if (state.RunMode == RunModes::NoWork)
         return false;
+    // Paths are read against the caller's working directory, which the run changes later.
+    for (QString* path : {&state.SourcePath, &state.OutputPath}) {
+        if (!path->isEmpty())
+            *path = QDir::current().absoluteFilePath(*path);
+    }
     if (state.HostedByWord == -1 && (state.SourcePath.isEmpty() || state.OutputPath.isEmpty()))
         return false;
     return true;

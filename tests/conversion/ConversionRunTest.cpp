@@ -15,6 +15,7 @@
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -218,6 +219,67 @@ TEST_F(ConversionRunTest, CancelInTheFallbackOrTheSaveDialogKeepsTheDialogOpen)
                      [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); });
     EXPECT_FALSE(AskOutputFile(env.context, nullptr));
     EXPECT_EQ(env.state.OutputPath, work.filePath(QStringLiteral("-out 日本.rtf")));
+}
+
+// The name typed into the save dialog is written with the format's extension; the replace
+// question must be about that file, not the one typed.
+TEST_F(ConversionRunTest, SaveDialogAsksBeforeReplacingTheFileThatWillReallyBeWritten)
+{
+    FakeOfficeSuite word;
+    word.programPath = QStringLiteral("/usr/lib/office/soffice.bin");
+    env.context.officeSuite = &word;
+    env.processUtility.fileVersions.insert(word.programPath, 0x00070004);
+    env.state.DocumentFormat = 1;
+    const QString victim = work.filePath(QStringLiteral("victim.doc"));
+    WriteFile(victim, "precious");
+
+    struct Row
+    {
+        const char* typed;
+        QMessageBox::StandardButton answer;  // NoButton: no question may come
+        bool accepted;
+        const char* target;
+    };
+    const Row rows[] = {
+        {"victim", QMessageBox::No, false, ""},
+        {"victim.rtf", QMessageBox::No, false, ""},
+        {"victim.rtf", QMessageBox::Yes, true, "victim.doc"},
+        {"fresh.rtf", QMessageBox::NoButton, true, "fresh.doc"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.typed);
+        env.state.OutputPath = work.filePath(QStringLiteral("proposed.doc"));
+        QString question;
+        WhenModalAppears(QStringLiteral("CommonDialog1"), [&](QWidget& dialog) {
+            auto& fileDialog = static_cast<QFileDialog&>(dialog);
+            fileDialog.selectFile(work.filePath(QString::fromUtf8(row.typed)));
+            // The replace question is Qt's own box, modal over the dialog while it accepts.
+            QTimer answer;
+            QObject::connect(&answer, &QTimer::timeout, [&] {
+                auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                if (!box || !box->isVisible())
+                    return;
+                answer.stop();
+                question = box->text();
+                box->button(row.answer == QMessageBox::NoButton ? QMessageBox::No : row.answer)
+                    ->click();
+            });
+            answer.start(10);
+            QMetaObject::invokeMethod(&fileDialog, "accept");
+            if (fileDialog.isVisible())
+                fileDialog.reject();
+        });
+        EXPECT_EQ(AskOutputFile(env.context, nullptr), row.accepted);
+        if (row.answer == QMessageBox::NoButton) {
+            EXPECT_TRUE(question.isEmpty()) << question.toStdString();
+        } else {
+            EXPECT_TRUE(question.contains(QStringLiteral("victim.doc"))) << question.toStdString();
+        }
+        if (row.accepted) {
+            EXPECT_EQ(env.state.OutputPath, work.filePath(QString::fromUtf8(row.target)));
+        }
+        EXPECT_EQ(ReadFile(victim), QByteArray("precious"));
+    }
 }
 
 }  // namespace

@@ -250,14 +250,46 @@ TEST_F(IntakeTest, MissingLibraryIsToldAndEndsTheRun)
     EXPECT_TRUE(runtime.LoadedForms().isEmpty());
 }
 
-TEST_F(IntakeTest, OpenDialogNamesThePdfAndCancelEndsTheRun)
+TEST_F(IntakeTest, OpenDialogStartsInTheLastFolderOrHomeAndCancelEndsTheRun)
 {
+    QTemporaryDir last;
+    const QString pdfPath = last.filePath(QStringLiteral("picked.pdf"));
+    QFile(pdfPath).open(QIODevice::WriteOnly);
+    struct Row
+    {
+        const char* stored;  // the remembered folder; "home", or "gone" for one that vanished
+        QString expected;
+    };
+    for (const Row& row :
+         {Row{"none", QDir::homePath()}, Row{"gone", QDir::homePath()}, Row{"last", last.path()}}) {
+        SCOPED_TRACE(row.stored);
+        env.state.SourcePath.clear();
+        env.store.values.remove(QStringLiteral("Recent/PdfFolder"));
+        if (QByteArray(row.stored) == "gone")
+            env.store.values.insert(QStringLiteral("Recent/PdfFolder"), last.filePath("nope"));
+        if (QByteArray(row.stored) == "last")
+            env.store.values.insert(QStringLiteral("Recent/PdfFolder"), last.path());
+        QString shown;
+        WhenModalAppears(QStringLiteral("CommonDialog1"), [&shown](QWidget& dialog) {
+            shown = static_cast<QFileDialog&>(dialog).directory().absolutePath();
+            static_cast<QFileDialog&>(dialog).reject();
+        });
+        Open();
+        EXPECT_EQ(shown, row.expected);
+        EXPECT_TRUE(runtime.LoadedForms().isEmpty());
+        EXPECT_TRUE(pdf.paths.isEmpty());
+        ProcessPendingEvents();
+    }
+
     env.state.SourcePath.clear();
-    WhenModalAppears(QStringLiteral("CommonDialog1"),
-                     [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); });
+    env.store.values.remove(QStringLiteral("Recent/PdfFolder"));
+    WhenModalAppears(QStringLiteral("CommonDialog1"), [&](QWidget& dialog) {
+        static_cast<QFileDialog&>(dialog).selectFile(pdfPath);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
     Open();
-    EXPECT_TRUE(runtime.LoadedForms().isEmpty());
-    EXPECT_TRUE(pdf.paths.isEmpty());
+    EXPECT_EQ(env.state.SourcePath, pdfPath);
+    EXPECT_EQ(env.store.values.value(QStringLiteral("Recent/PdfFolder")).toString(), last.path());
 }
 
 TEST_F(IntakeTest, PageRangeIsChosenInItsDialog)

@@ -2,6 +2,9 @@
 #include "run/RunState.h"
 #include "services/Help.h"
 
+#include <QDir>
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -40,6 +43,27 @@ TEST(PrepareRun, SetsTheHelpFileBesideTheProgram)
     RunState state;
     PrepareRun(state, QStringLiteral("/o"), QStringLiteral("/opt/app"));
     EXPECT_TRUE(ApplicationHelpFileProperty().startsWith(QStringLiteral("/opt/app/")));
+}
+
+TEST(PrepareRun, PathsAreReadAgainstTheCallersWorkingDirectory)
+{
+    QTemporaryDir caller;
+    ASSERT_TRUE(caller.isValid());
+    const QString folder = caller.filePath(QStringLiteral("my docs"));
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(folder);
+    RunState state;
+    PrepareRun(state, QStringLiteral("/c report.pdf \"../out dir/r.doc\""),
+               QStringLiteral("/opt/app"));
+    RunState hosted;
+    PrepareRun(hosted, QStringLiteral("/m /abs/a.pdf b.doc"), QStringLiteral("/opt/app"));
+    QDir::setCurrent(before);
+
+    EXPECT_EQ(state.SourcePath, folder + QStringLiteral("/report.pdf"));
+    EXPECT_EQ(QDir::cleanPath(state.OutputPath), caller.filePath(QStringLiteral("out dir/r.doc")));
+    EXPECT_EQ(hosted.SourcePath, QStringLiteral("/abs/a.pdf"));
+    EXPECT_EQ(hosted.OutputPath, folder + QStringLiteral("/b.doc"));
 }
 
 }  // namespace
