@@ -14,6 +14,7 @@ packages=(
   fonts-ipafont-gothic fonts-dejavu-core
   xdg-utils xvfb xauth
   libreoffice-writer-nogui
+  scdoc librsvg2-bin desktop-file-utils appstream dpkg-dev file lintian
 )
 
 missing=()
