@@ -3,6 +3,7 @@
 #include "dialogs/DialogRuntime.h"
 #include "run/RunState.h"
 #include "services/Localisation.h"
+#include "services/MessageBoxes.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -60,6 +61,18 @@ void PasswordForm::TextPassword_Change()
 
 void PasswordForm::ButtonOK_Click()
 {
+    // The options document has no escape for a quote: such a password would be stored cut
+    // short and the engine could never open the PDF. Said now, and the run ends as on Cancel.
+    if (m_textPassword->text().contains(u'"')) {
+        ShowMessage(this,
+                    LocalText(PlatformTexts::PasswordWithQuote,
+                              QStringLiteral("This password contains a double quote (\"), which "
+                                             "can't be passed on to the conversion.")),
+                    MessageIcon::Critical);
+        Runtime().Hide(*this);
+        Runtime().Unload(*this);
+        return;
+    }
     m_state.Passwords = m_textPassword->text();
     Runtime().Hide(*this);
     Runtime().Unload(*this);

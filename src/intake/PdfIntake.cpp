@@ -48,11 +48,12 @@ std::optional<qint32> CountPages(AppContext& context, PdfAccessLibrary& pdfAcces
     RunState& state = context.state;
     const std::optional<qint32> count = pdfAccess.GetPageCount(state.SourcePath, state.Passwords);
     if (!count) {
-        ShowMessage(
-            &welcome,
-            QStringLiteral("The PDF access library liblomerdoc.so could not be loaded from %1.")
-                .arg(QDir::toNativeSeparators(context.applicationDir)),
-            MessageIcon::Critical);
+        ShowMessage(&welcome,
+                    LocalText(PlatformTexts::PdfLibraryMissing,
+                              QStringLiteral("The PDF access library liblomerdoc.so could not be "
+                                             "loaded from %1."))
+                        .arg(QDir::toNativeSeparators(context.applicationDir)),
+                    MessageIcon::Critical);
         EndRun(welcome);
     }
     return count;

@@ -15,6 +15,14 @@ class QWidget;
 
 inline constexpr qint32 LanguageJapanese = 1041;
 
+// Texts this platform adds to the program's own: the ids of their rows.
+namespace PlatformTexts {
+inline constexpr qint32 PasswordWithQuote = 7001;
+inline constexpr qint32 HelpPageFailed = 7002;
+inline constexpr qint32 SavedAsRichText = 7003;
+inline constexpr qint32 PdfLibraryMissing = 7004;
+}  // namespace PlatformTexts
+
 // 50000 for Japanese, -1 (no table) for every other language.
 qint32 LanguageOffset(qint32 language);
 

@@ -14,7 +14,7 @@ struct StringRow final
     const char* text;  // UTF-8
 };
 
-constexpr std::array<StringRow, 100> Rows{{
+constexpr std::array<StringRow, 104> Rows{{
     {51601, "PDFをWordに変換"},
     {51602, "プレビュー"},
     {51603, "プレビュー作成"},
@@ -120,6 +120,10 @@ constexpr std::array<StringRow, 100> Rows{{
     {56901, "Wordコンバータの読み込み中にエラーが発生しました。"},
     {56902, "ファイナライズ中..."},
     {56903, "変換終了しました。"},
+    {57001, "このパスワードには二重引用符 (\") が含まれているため、変換に使用できません。"},
+    {57002, "ヘルプ ページ %1 を開けませんでした: %2"},
+    {57003, "Word 形式で保存できなかったため、リッチ テキスト形式で保存しました:\n%1"},
+    {57004, "PDF アクセス ライブラリ liblomerdoc.so を %1 から読み込めませんでした。"},
 }};
 
 constexpr bool rowsAreSorted()

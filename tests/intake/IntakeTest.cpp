@@ -208,6 +208,24 @@ TEST_F(IntakeTest, CancelledPasswordEndsTheRunSilently)
     EXPECT_EQ(pdf.paths.size(), 1);
 }
 
+TEST_F(IntakeTest, PasswordWithAQuoteIsRefusedAtOnceAndNothingIsStored)
+{
+    pdf.rightPassword = QStringLiteral("a\"b");
+    const QVariant storedBefore = env.store.values.value(QStringLiteral("VOREK - RTF"));
+    SeenMessage seen;
+    WhenModalAppears(QStringLiteral("PasswordForm"), [&seen](QWidget& dialog) {
+        Child<QLineEdit>(dialog, QStringLiteral("TextPassword")).setText(QStringLiteral("a\"b"));
+        AnswerNextMessageBox(QMessageBox::Ok, &seen);
+        Child<QPushButton>(dialog, QStringLiteral("ButtonOK")).click();
+    });
+    Open();
+    EXPECT_TRUE(seen.text.contains(u'"')) << seen.text.toStdString();
+    EXPECT_EQ(seen.icon, QMessageBox::Critical);
+    EXPECT_TRUE(runtime.LoadedForms().isEmpty());
+    EXPECT_EQ(pdf.passwords, QStringList{QString()}) << "the password is never tried";
+    EXPECT_EQ(env.store.values.value(QStringLiteral("VOREK - RTF")), storedBefore);
+}
+
 struct FailureRow
 {
     qint32 pages;
