@@ -8,8 +8,11 @@
 #include <algorithm>
 #include <cerrno>
 
+#include <cstring>
+
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -24,6 +27,61 @@ QString temporaryFolder()
 QString nameFor(quint32 number)
 {
     return TempFilePrefix + QString::number(number, 16).toUpper() + QStringLiteral(".tmp");
+}
+
+// Removes everything inside the open folder `fd`, depth first. Links are removed as links;
+// a folder is entered only through a descriptor opened without following links, so nothing
+// outside can be reached. False when something stays.
+bool emptyFolder(int fd)
+{
+    const int listFd = ::dup(fd);
+    if (listFd < 0)
+        return false;
+    DIR* directory = ::fdopendir(listFd);
+    if (!directory) {
+        ::close(listFd);
+        return false;
+    }
+    bool emptied = true;
+    while (const dirent* entry = ::readdir(directory)) {
+        const char* name = entry->d_name;
+        if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
+            continue;
+        struct stat status;
+        if (::fstatat(fd, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+            emptied = false;
+            continue;
+        }
+        if (S_ISDIR(status.st_mode)) {
+            const int child = ::openat(fd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            const bool childEmptied = child >= 0 && emptyFolder(child);
+            if (child >= 0)
+                ::close(child);
+            if (!childEmptied || ::unlinkat(fd, name, AT_REMOVEDIR) != 0)
+                emptied = false;
+        } else if (::unlinkat(fd, name, 0) != 0) {
+            emptied = false;
+        }
+    }
+    ::closedir(directory);
+    return emptied;
+}
+
+// Removes the folder `name` in the open folder `parentFd` with all it holds, unless a live
+// run holds its lock. False when it stays.
+bool removeFolder(int parentFd, const char* name)
+{
+    const int fd = ::openat(parentFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    // A running copy of the program keeps the lock; its folder is not left over.
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        ::close(fd);
+        return true;
+    }
+    const bool emptied = emptyFolder(fd);
+    ::close(fd);
+    return emptied && ::unlinkat(parentFd, name, AT_REMOVEDIR) == 0;
 }
 
 }  // namespace
@@ -75,12 +133,49 @@ void SweepTempFiles()
         struct stat status;
         if (::fstatat(folderFd, name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             break;
-        // Only files: a folder of that name is not one of ours. Another user's file in a
-        // shared folder could never be deleted and would stop every sweep.
-        if (S_ISDIR(status.st_mode) || status.st_uid != user)
+        // Another user's file in a shared folder could never be deleted and would stop every
+        // sweep.
+        if (status.st_uid != user)
             continue;
-        if (::unlinkat(folderFd, name.constData(), 0) != 0)
+        const bool removed = S_ISDIR(status.st_mode)
+                                 ? removeFolder(folderFd, name.constData())
+                                 : ::unlinkat(folderFd, name.constData(), 0) == 0;
+        if (!removed)
             break;
     }
     ::closedir(directory);
+}
+
+TempFolder::TempFolder()
+{
+    const QString folder = temporaryFolder();
+    if (folder.isEmpty())
+        return;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const QString path = folder + u'/' + TempFilePrefix +
+                             QString::number(QRandomGenerator::global()->generate(), 16).toUpper() +
+                             QStringLiteral(".dir");
+        const QByteArray encoded = QFile::encodeName(path);
+        if (::mkdir(encoded.constData(), 0700) != 0) {
+            if (errno == EEXIST)
+                continue;
+            return;
+        }
+        m_lock = ::open(encoded.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (m_lock >= 0)
+            ::flock(m_lock, LOCK_EX);
+        m_path = path;
+        return;
+    }
+}
+
+TempFolder::~TempFolder()
+{
+    if (m_path.isEmpty())
+        return;
+    if (m_lock >= 0) {
+        emptyFolder(m_lock);
+        ::close(m_lock);
+    }
+    ::rmdir(QFile::encodeName(m_path).constData());
 }

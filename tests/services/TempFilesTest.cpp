@@ -91,30 +91,55 @@ TEST_F(TempFilesTest, AMissingTemporaryFolderGivesNoNameAndNothingToSweep)
     EXPECT_FALSE(QFileInfo::exists(missing));
 }
 
-TEST_F(TempFilesTest, SweepTakesEveryFileWithThePrefixAndNothingElse)
+TEST_F(TempFilesTest, SweepTakesEveryFileAndLeftoverFolderWithThePrefixAndNothingElse)
 {
     const QString made = QFileInfo(MakeTempFile(0)).fileName();
     for (const char* name : {"~SVBEEF.tmp.rtf", "~SVBEEF.tmp_1.bmp", "~SVno-dot", "~SV",
                              "~SVreadonly.tmp", "keep.txt", "x~SV.tmp", "~sv lower.tmp", "SV.tmp"})
         make(QString::fromLatin1(name));
     QFile::setPermissions(m_folder + QStringLiteral("/~SVreadonly.tmp"), QFile::ReadOwner);
-    ASSERT_TRUE(QDir(m_folder).mkdir(QStringLiteral("~SVfolder")));
-    // A link goes, the file it points to stays.
-    const QString outside = m_dir.path() + QStringLiteral("/outside.tmp");
-    QFile(outside).open(QIODevice::WriteOnly);
+    // A killed run's folder goes with all it holds; links in it go, what they point to stays.
+    const QString outside = m_dir.path() + QStringLiteral("/outside");
+    ASSERT_TRUE(QDir().mkpath(outside));
+    QFile(outside + QStringLiteral("/precious")).open(QIODevice::WriteOnly);
+    ASSERT_TRUE(QDir().mkpath(m_folder + QStringLiteral("/~SVleft.dir/profile/user")));
+    make(QStringLiteral("~SVleft.dir/profile/user/registry.xcu"));
+    ASSERT_TRUE(QFile::link(outside, m_folder + QStringLiteral("/~SVleft.dir/profile/out")));
     ASSERT_TRUE(QFile::link(outside, m_folder + QStringLiteral("/~SVlink")));
-    // Files in subfolders are not ours to take.
+    // Files in other folders are not ours to take.
     ASSERT_TRUE(QDir().mkpath(m_folder + QStringLiteral("/sub")));
     QFile(m_folder + QStringLiteral("/sub/~SVdeep.tmp")).open(QIODevice::WriteOnly);
+    // The folder of a run that is still at work stays.
+    const TempFolder inUse;
+    ASSERT_TRUE(inUse.IsValid());
+    make(QFileInfo(inUse.Path()).fileName() + QStringLiteral("/working"));
 
     SweepTempFiles();
 
-    EXPECT_EQ(left(), (QStringList{QStringLiteral("SV.tmp"), QStringLiteral("keep.txt"),
-                                   QStringLiteral("sub"), QStringLiteral("x~SV.tmp"),
-                                   QStringLiteral("~SVfolder"), QStringLiteral("~sv lower.tmp")}))
+    EXPECT_EQ(left(),
+              (QStringList{QStringLiteral("SV.tmp"), QStringLiteral("keep.txt"),
+                           QStringLiteral("sub"), QStringLiteral("x~SV.tmp"),
+                           QFileInfo(inUse.Path()).fileName(), QStringLiteral("~sv lower.tmp")}))
         << made.toStdString();
-    EXPECT_TRUE(QFileInfo::exists(outside));
+    EXPECT_TRUE(QFileInfo::exists(outside + QStringLiteral("/precious")));
     EXPECT_TRUE(QFileInfo::exists(m_folder + QStringLiteral("/sub/~SVdeep.tmp")));
+    EXPECT_TRUE(QFileInfo::exists(inUse.Path() + QStringLiteral("/working")));
+}
+
+TEST_F(TempFilesTest, TempFolderIsPrivateAndGoesWithAllItHolds)
+{
+    QString path;
+    {
+        const TempFolder folder;
+        ASSERT_TRUE(folder.IsValid());
+        path = folder.Path();
+        EXPECT_TRUE(QFileInfo(path).fileName().startsWith(QStringLiteral("~SV")));
+        EXPECT_EQ(QFileInfo(path).absolutePath(), m_folder);
+        EXPECT_EQ(QFile::permissions(path) & 0x0077, QFileDevice::Permissions{}) << "group, others";
+        ASSERT_TRUE(QDir().mkpath(path + QStringLiteral("/a/b")));
+        make(QFileInfo(path).fileName() + QStringLiteral("/a/b/c"));
+    }
+    EXPECT_FALSE(QFileInfo::exists(path));
 }
 
 TEST_F(TempFilesTest, SweepLeavesOtherUsersFilesAndGoesOnPastThem)
