@@ -235,14 +235,14 @@ TEST(AtomicFile, ReplacesTheTargetOnlyOnCommit)
         EXPECT_EQ(ReadAll(target), "old");
     }
     EXPECT_EQ(ReadAll(target), "old");
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"out.rtf"});
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"out.rtf"});
 
     velmora::AtomicFile file(target.toStdString());
     ASSERT_TRUE(file.open());
     ASSERT_TRUE(file.write(std::string("new")));
     ASSERT_TRUE(file.commit());
     EXPECT_EQ(ReadAll(target), "new");
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"out.rtf"});
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"out.rtf"});
 
     velmora::AtomicFile nowhere(dir.filePath("missing/out.rtf").toStdString());
     EXPECT_FALSE(nowhere.open());

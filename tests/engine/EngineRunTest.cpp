@@ -34,6 +34,12 @@ protected:
         return ReadFile(target).toStdString();
     }
 
+    // Temporary files the engine left behind.
+    QStringList leftovers() const
+    {
+        return QDir(m_dir.path()).entryList({".~*"}, QDir::Files | QDir::Hidden);
+    }
+
     QTemporaryDir m_dir;
 };
 
@@ -90,15 +96,17 @@ TEST_F(EngineRun, WritesRtfWhateverTheTargetsExtensionAndOnlyThen)
         int method;
         const char* present;
         const char* absent;
+        QString name;
     };
     const std::vector<Row> rows{
-        {1, "\\pagebb", "\\posx"},
-        {2, "\\posx", "\\pagebb"},
-        {3, "\\s1\\outlinelevel0", "\\posx"},
+        {1, "\\pagebb", "\\posx", "article1.doc"},
+        {2, "\\posx", "\\pagebb", "article2.doc"},
+        // A name of the longest length a folder takes.
+        {3, "\\s1\\outlinelevel0", "\\posx", QString(251, u'n') + ".doc"},
     };
     for (const Row& row : rows) {
         StoreOptions([&row](RunState& s) { s.ConversionMethod = static_cast<qint16>(row.method); });
-        const QString target = path(QString("article%1.doc").arg(row.method));
+        const QString target = path(row.name);
         const EngineResult result = RunEngine({fixture("article"), target, "-C"});
         ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
         EXPECT_TRUE(result.err.isEmpty());
@@ -110,7 +118,7 @@ TEST_F(EngineRun, WritesRtfWhateverTheTargetsExtensionAndOnlyThen)
         EXPECT_NE(rtf.find("Columns of the valley"), std::string::npos) << row.method;
         EXPECT_EQ(Count(rtf, "{"), Count(rtf, "}")) << row.method;
     }
-    EXPECT_EQ(QDir(m_dir.path()).entryList({"*.~*"}, QDir::Files), QStringList{});
+    EXPECT_EQ(leftovers(), QStringList{});
 }
 
 TEST_F(EngineRun, PreviewRendersThePagesOfTheRangeAsBitmaps)
@@ -353,7 +361,7 @@ TEST_F(EngineRun, BadInputEndsInTimeWithAReasonAndLeavesTheOldTarget)
             EXPECT_EQ(result.err.count('\n'), 1) << row.name << ": " << result.err.toStdString();
             EXPECT_TRUE(result.err.startsWith("VelmoraConverter: ")) << row.name;
         }
-        EXPECT_EQ(QDir(m_dir.path()).entryList({"*.~*"}, QDir::Files), QStringList{}) << row.name;
+        EXPECT_EQ(leftovers(), QStringList{}) << row.name;
     }
 }
 
