@@ -700,9 +700,11 @@ void ConvertToFile(PdfSession& pdf, const EngineOptions& options, const std::str
 
 std::string PictureStem(const std::string& target)
 {
+    // The last extension goes even when it is the whole name: the front end asks for the
+    // pictures of "<stem>.rtf" as "<stem>_1.bmp", and its stem may be empty.
     const std::size_t slash = target.find_last_of('/');
     const std::size_t dot = target.find_last_of('.');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash) || dot == slash + 1)
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
         return target;
     return target.substr(0, dot);
 }

@@ -204,13 +204,15 @@ TEST(PageSpan, FollowsTheRangeWithinTheDocument)
     }
 }
 
-TEST(PictureStem, DropsOnlyTheFileNamesExtension)
+TEST(PictureStem, DropsTheFileNamesLastExtension)
 {
     const std::vector<std::pair<std::string, std::string>> rows{
         {"/tmp/~SV12.tmp.rtf", "/tmp/~SV12.tmp"},
         {"/tmp/a", "/tmp/a"},
         {"/t.d/a", "/t.d/a"},
-        {"/t/.hidden", "/t/.hidden"},
+        // A preview stem may be empty: "<stem>.rtf" must still give "<stem>_1.bmp".
+        {"/t/.rtf", "/t/"},
+        {".rtf", ""},
         {"a.rtf", "a"},
         {"/t/a.b.doc", "/t/a.b"},
     };

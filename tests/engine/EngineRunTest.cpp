@@ -131,9 +131,12 @@ TEST_F(EngineRun, PreviewRendersThePagesOfTheRangeAsBitmaps)
         int pictures;
         int width;
         int height;
+        QString stem;  // the target is "<stem>.rtf", the pictures "<stem>_<n>.bmp"
     };
-    const std::vector<Row> rows{
-        {0, 0, 20, 1, 170, 220}, {0, 1, 20, 2, 170, 220}, {1, 1, 72, 1, 612, 792}};
+    const std::vector<Row> rows{{0, 0, 20, 1, 170, 220, "~SV00"},
+                                {0, 1, 20, 2, 170, 220, "~SV01"},
+                                {1, 1, 72, 1, 612, 792, "~SV11"},
+                                {0, 0, 20, 1, 170, 220, ""}};
     for (const Row& row : rows) {
         StoreOptions([&row](RunState& s) {
             s.UsingPageRange = 1;
@@ -142,7 +145,7 @@ TEST_F(EngineRun, PreviewRendersThePagesOfTheRangeAsBitmaps)
             s.PageTo = row.to;
             s.ZoomDpi = row.dpi;
         });
-        const QString stem = path(QString("~SV%1%2").arg(row.from).arg(row.to));
+        const QString stem = m_dir.path() + u'/' + row.stem;
         const EngineResult result =
             RunEngine({fixture("article"), stem + ".rtf", "-C", "-P", "-H"});
         ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
