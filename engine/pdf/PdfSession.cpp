@@ -116,6 +116,44 @@ struct PdfSession::Impl
     pdf_document* doc = nullptr;
     fz_cookie cookie{};
 
+    // Takes over an opened document: passwords, then a repair when it shows no pages.
+    OpenStatus adopt(pdf_document* opened, const std::vector<std::string>& passwords,
+                     std::string& error)
+    {
+        pdf_drop_document(ctx, doc);
+        doc = opened;
+        bool unlocked = !pdf_needs_password(ctx, doc);
+        for (std::size_t i = 0; !unlocked && i < passwords.size(); ++i)
+            unlocked = pdf_authenticate_password(ctx, doc, passwords[i].c_str()) != 0;
+        if (!unlocked) {
+            error = "the PDF needs a password";
+            return OpenStatus::NeedsPassword;
+        }
+        // A broken cross-reference chain (a /Prev that points back at itself, say) can hide every
+        // object without failing the load; MuPDF's repair rebuilds the table from the objects.
+        int count = 0;
+        fz_try(ctx)
+        {
+            count = pdf_count_pages(ctx, doc);
+        }
+        fz_catch(ctx)
+        {
+            count = 0;
+        }
+        if (count <= 0 && !doc->repair_attempted) {
+            fz_try(ctx)
+            {
+                pdf_repair_xref(ctx, doc);
+                pdf_repair_obj_stms(ctx, doc);
+            }
+            fz_catch(ctx)
+            {
+                // Nothing more to try; counting the pages tells the caller.
+            }
+        }
+        return OpenStatus::Opened;
+    }
+
     ~Impl()
     {
         if (ctx) {
@@ -158,16 +196,7 @@ OpenStatus PdfSession::open(const std::string& path, const std::vector<std::stri
         m_lastError = fz_caught_message(ctx);
         return OpenStatus::Failed;
     }
-    pdf_drop_document(ctx, m_impl->doc);
-    m_impl->doc = doc;
-    if (!pdf_needs_password(ctx, doc))
-        return OpenStatus::Opened;
-    for (const std::string& password : passwords) {
-        if (pdf_authenticate_password(ctx, doc, password.c_str()))
-            return OpenStatus::Opened;
-    }
-    m_lastError = "the PDF needs a password";
-    return OpenStatus::NeedsPassword;
+    return m_impl->adopt(doc, passwords, m_lastError);
 }
 
 OpenStatus PdfSession::openMemory(const uint8_t* data, std::size_t size,
@@ -192,16 +221,7 @@ OpenStatus PdfSession::openMemory(const uint8_t* data, std::size_t size,
         m_lastError = fz_caught_message(ctx);
         return OpenStatus::Failed;
     }
-    pdf_drop_document(ctx, m_impl->doc);
-    m_impl->doc = doc;
-    if (!pdf_needs_password(ctx, doc))
-        return OpenStatus::Opened;
-    for (const std::string& password : passwords) {
-        if (pdf_authenticate_password(ctx, doc, password.c_str()))
-            return OpenStatus::Opened;
-    }
-    m_lastError = "the PDF needs a password";
-    return OpenStatus::NeedsPassword;
+    return m_impl->adopt(doc, passwords, m_lastError);
 }
 
 int PdfSession::pageCount()
