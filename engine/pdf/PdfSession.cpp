@@ -7,6 +7,7 @@ extern "C" {
 #include <mupdf/pdf.h>
 }
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -474,6 +475,19 @@ bool PdfSession::wasRepaired() const
     return m_impl->doc && pdf_was_repaired(m_impl->ctx, m_impl->doc);
 }
 
+PictureSize PagePictureSize(float widthPt, float heightPt, int dpi)
+{
+    const double width = std::isfinite(widthPt) && widthPt > 0 ? widthPt : 1;
+    const double height = std::isfinite(heightPt) && heightPt > 0 ? heightPt : 1;
+    double zoom = std::max(dpi, 1) / 72.0;
+    zoom = std::min(zoom, MaxPictureSide / std::max(width, height));
+    zoom = std::min(zoom, std::sqrt(MaxPicturePixels / (width * height)));
+    const auto pixels = [zoom](double points) {
+        return static_cast<int>(std::clamp(std::floor(points * zoom + 0.5), 1.0, MaxPictureSide));
+    };
+    return {pixels(width), pixels(height), static_cast<float>(zoom)};
+}
+
 std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)
 {
     fz_context* ctx = m_impl->ctx;
@@ -484,13 +498,14 @@ std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)
     fz_device* device = nullptr;
     fz_var(pixmap);
     fz_var(device);
-    const float zoom = static_cast<float>(dpi) / 72.0f;
     fz_try(ctx)
     {
         held.page = fz_load_page(ctx, &m_impl->doc->super, index);
-        const fz_matrix ctm = fz_scale(zoom, zoom);
-        const fz_irect box = fz_round_rect(fz_transform_rect(fz_bound_page(ctx, held.page), ctm));
-        pixmap = fz_new_pixmap_with_bbox(ctx, fz_device_rgb(ctx), box, nullptr, 0);
+        const fz_rect bounds = fz_bound_page(ctx, held.page);
+        const PictureSize size = PagePictureSize(bounds.x1 - bounds.x0, bounds.y1 - bounds.y0, dpi);
+        const fz_matrix ctm =
+            fz_concat(fz_translate(-bounds.x0, -bounds.y0), fz_scale(size.zoom, size.zoom));
+        pixmap = fz_new_pixmap(ctx, fz_device_rgb(ctx), size.width, size.height, nullptr, 0);
         fz_clear_pixmap_with_value(ctx, pixmap, 255);
         device = fz_new_draw_device(ctx, fz_identity, pixmap);
         fz_run_page(ctx, held.page, device, ctm, &m_impl->cookie);

@@ -44,6 +44,22 @@ private:
     std::vector<FontFace> m_faces;
 };
 
+// A page picture of an absurd page size still fits in memory: it is drawn smaller, with its
+// aspect ratio kept, so that no side passes MaxPictureSide pixels and the whole stays within
+// MaxPicturePixels (192 MB of 24-bit colour).
+inline constexpr double MaxPictureSide = 32767;
+inline constexpr double MaxPicturePixels = 64e6;
+
+struct PictureSize final
+{
+    int width = 1;
+    int height = 1;
+    float zoom = 1;  // pixels per point
+};
+
+// The pixel size of a picture of a page of widthPt x heightPt points at `dpi`.
+PictureSize PagePictureSize(float widthPt, float heightPt, int dpi);
+
 class PdfSession final
 {
 public:
@@ -62,7 +78,8 @@ public:
 
     int pageCount();
     PageContent readPage(int index, const PictureOptions& pictures, FontTable& fonts);
-    // The page as a 24-bit Windows bitmap file at `dpi` dots per inch.
+    // The page as a 24-bit Windows bitmap file at `dpi` dots per inch, or smaller as
+    // PagePictureSize says.
     std::vector<uint8_t> renderBmp(int index, int dpi);
 
     // Makes the page being read or drawn, and every later one, stop with a PdfError. Safe to
