@@ -210,8 +210,23 @@ private:
     void writePage(RtfWriter& writer, const PageContent& page, int index, bool firstPage)
     {
         const PageLayout layout = LayOutPage(page, layoutOptions(), &m_fonts.faces());
-        if (firstPage)
+        if (firstPage) {
             settleSection(page, layout);
+            m_firstSection = m_section;
+        }
+        // A page of another size or orientation starts a section of its own, on a new page.
+        const bool resized = !firstPage && (std::fabs(page.width - m_section.width) > 1 ||
+                                            std::fabs(page.height - m_section.height) > 1);
+        if (resized) {
+            m_section.width = page.width;
+            m_section.height = page.height;
+            m_section.left = std::min(m_firstSection.left, page.width / 3);
+            m_section.right = std::min(m_firstSection.right, page.width / 3);
+            m_section.top = std::min(m_firstSection.top, page.height / 3);
+            m_section.bottom = std::min(m_firstSection.bottom, page.height / 3);
+            writer.out() += "\\sect\\sectd\\sbkpage" + sectionFormat() + "\n";
+        }
+        const bool breakBefore = !firstPage && !resized;
         if (!m_headerWritten && !layout.header.empty())
             m_header = runningText(layout.header, page, index, true);
         if (!m_footerWritten && !layout.footer.empty())
@@ -221,13 +236,13 @@ private:
 
         switch (m_options.conversionMethod) {
         case 1:
-            writeTabbed(writer, page, layout, firstPage);
+            writeTabbed(writer, page, layout, breakBefore);
             break;
         case 3:
             writeFlow(writer, page, layout);
             break;
         default:
-            writeBoxes(writer, page, layout, firstPage);
+            writeBoxes(writer, page, layout, breakBefore);
             break;
         }
     }
@@ -454,12 +469,12 @@ private:
     }
 
     void writeTabbed(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
-                     bool firstPage)
+                     bool breakBefore)
     {
         const std::vector<Block>& blocks = layout.blocks;
         const float textRight = m_section.width - m_section.right;
         float previousBottom = m_section.top;
-        bool pageBreak = !firstPage;
+        bool pageBreak = breakBefore;
         std::size_t i = 0;
         while (i < blocks.size()) {
             const Block& block = blocks[i];
@@ -510,8 +525,8 @@ private:
             }
             const float gutter = gaps ? std::max(6.0f, gutters / static_cast<float>(gaps)) : 18;
             std::string& out = writer.out();
-            out += "\\sect\\sectd\\sbknone" + runningDistances() + "\\cols" +
-                   std::to_string(columns) + "\\colsx" + std::to_string(Twips(gutter)) + "\n";
+            out += "\\sect\\sectd\\sbknone" + sectionFormat() + "\\cols" + std::to_string(columns) +
+                   "\\colsx" + std::to_string(Twips(gutter)) + "\n";
             const float bandTop = previousBottom;
             float bandBottom = previousBottom;
             float columnBottom = bandTop;
@@ -535,19 +550,19 @@ private:
                 columnBottom = std::max(columnBottom, member.box.y1);
                 bandBottom = std::max(bandBottom, member.box.y1);
             }
-            writer.out() += "\\sect\\sectd\\sbknone" + runningDistances() + "\n";
+            writer.out() += "\\sect\\sectd\\sbknone" + sectionFormat() + "\n";
             previousBottom = bandBottom;
             i = end;
         }
         if (blocks.empty())
-            writer.out() += firstPage ? "\\pard\\plain\\par\n" : "\\pard\\plain\\pagebb\\par\n";
+            writer.out() += breakBefore ? "\\pard\\plain\\pagebb\\par\n" : "\\pard\\plain\\par\n";
     }
 
     void writeBoxes(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
-                    bool firstPage)
+                    bool breakBefore)
     {
         std::string& out = writer.out();
-        if (!firstPage)
+        if (breakBefore)
             out += "\\pard\\plain\\page\\par\n";
         const auto frame = [&out](const Rect& box, float width, float height, bool exact) {
             out += "\\pard\\plain\\phpg\\pvpg\\posx" +
@@ -608,11 +623,26 @@ private:
         return out;
     }
 
+    // The page of the current section; every new section must say all of it again.
+    std::string sectionFormat() const
+    {
+        std::string out = "\\pgwsxn" + std::to_string(Twips(m_section.width)) + "\\pghsxn" +
+                          std::to_string(Twips(m_section.height));
+        if (m_section.width > m_section.height)
+            out += "\\lndscpsxn";
+        out += "\\marglsxn" + std::to_string(Twips(m_section.left)) + "\\margrsxn" +
+               std::to_string(Twips(m_section.right)) + "\\margtsxn" +
+               std::to_string(Twips(m_section.top)) + "\\margbsxn" +
+               std::to_string(Twips(m_section.bottom));
+        return out + runningDistances();
+    }
+
     std::string documentHead()
     {
         std::string head = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1\n";
         // The styles and the defaults must name their fonts before the table is written.
-        const int body = m_tables.font("Times New Roman", 0);
+        const int body =
+            m_tables.font(FontStyle{"Times New Roman", false, false, FontKind::Roman}, 0);
         head += m_tables.fontTable();
         head += m_tables.colourTable();
         const std::string fs =
@@ -621,15 +651,17 @@ private:
         head += "{\\s1\\sbasedon0\\snext0\\outlinelevel0\\b\\fs32 heading 1;}";
         head += "{\\s2\\sbasedon0\\snext0\\outlinelevel1\\b\\fs26 heading 2;}}\n";
         head += "{\\*\\generator VelmoraConverter;}\n";
+        // The first page's section opens the document; the body was written after it.
+        const Section current = m_section;
+        m_section = m_firstSection;
         head += "\\paperw" + std::to_string(Twips(m_section.width)) + "\\paperh" +
                 std::to_string(Twips(m_section.height));
         head += "\\margl" + std::to_string(Twips(m_section.left)) + "\\margr" +
                 std::to_string(Twips(m_section.right));
         head += "\\margt" + std::to_string(Twips(m_section.top)) + "\\margb" +
                 std::to_string(Twips(m_section.bottom));
-        head += "\\viewkind1\n\\sectd\\pgwsxn" + std::to_string(Twips(m_section.width)) +
-                "\\pghsxn" + std::to_string(Twips(m_section.height));
-        head += runningDistances();
+        head += "\\viewkind1\n\\sectd" + sectionFormat();
+        m_section = current;
         head += "\n" + m_header + m_footer;
         return head;
     }
@@ -642,6 +674,7 @@ private:
     RunningHeads m_heads;
     float m_bodySize = 0;
     Section m_section;
+    Section m_firstSection;
     std::vector<std::pair<int, PageContent>> m_cache;
     std::string m_header;
     std::string m_footer;

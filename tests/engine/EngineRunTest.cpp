@@ -206,8 +206,10 @@ TEST_F(EngineRun, HonoursTheOptions)
         };
     };
     const std::string columns = convert("article", tabbed(2));
-    // Each section of columns says again where the running head stands.
-    EXPECT_NE(columns.find("\\sect\\sectd\\sbknone\\headery"), std::string::npos);
+    // Each section of columns says its page and where the running head stands again.
+    const std::size_t band = columns.find("\\sect\\sectd\\sbknone\\pgwsxn12240\\pghsxn15840");
+    ASSERT_NE(band, std::string::npos);
+    EXPECT_LT(columns.find("\\headery", band), columns.find("\\cols2", band));
     EXPECT_NE(columns.find("\\cols2\\colsx"), std::string::npos);
     EXPECT_EQ(Count(columns, "\\column "), 2u);  // one per page
     const std::string rows = convert("article", tabbed(1));
@@ -228,11 +230,11 @@ TEST_F(EngineRun, HonoursTheOptions)
     EXPECT_EQ(Count(dib, "{\\pict\\dibitmap0"), 2u);
 
     const std::string adjusted = convert("prose", [](RunState& s) { s.AdjustFontNames = 1; });
-    EXPECT_NE(adjusted.find(" Times New Roman;"), std::string::npos);
-    EXPECT_NE(adjusted.find(" Arial;"), std::string::npos);
+    EXPECT_NE(adjusted.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
+    EXPECT_NE(adjusted.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
     const std::string kept = convert("prose", [](RunState& s) { s.AdjustFontNames = 0; });
-    EXPECT_NE(kept.find(" Times-Roman;"), std::string::npos);
-    EXPECT_NE(kept.find(" Helvetica-Bold;"), std::string::npos);
+    EXPECT_NE(kept.find(" Times-Roman{\\*\\falt Times New Roman};"), std::string::npos);
+    EXPECT_NE(kept.find(" Helvetica-Bold{\\*\\falt Arial};"), std::string::npos);
 
     const std::string secondPage = convert("article", [](RunState& s) {
         s.UsingPageRange = 1;
