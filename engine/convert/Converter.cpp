@@ -174,6 +174,7 @@ private:
                 page = read(index);
             } else {
                 noPictures.extract = false;
+                noPictures.drawings = false;
                 try {
                     page = m_pdf.readPage(index, noPictures, m_fonts);
                 } catch (const PdfError& error) {
@@ -209,7 +210,7 @@ private:
 
     void writePage(RtfWriter& writer, const PageContent& page, int index, bool firstPage)
     {
-        const PageLayout layout = LayOutPage(page, layoutOptions(), &m_fonts.faces());
+        PageLayout layout = LayOutPage(page, layoutOptions(), &m_fonts.faces());
         if (firstPage) {
             settleSection(page, layout);
             m_firstSection = m_section;
@@ -226,7 +227,51 @@ private:
             m_section.bottom = std::min(m_firstSection.bottom, page.height / 3);
             writer.out() += "\\sect\\sectd\\sbkpage" + sectionFormat() + "\n";
         }
-        const bool breakBefore = !firstPage && !resized;
+        bool breakBefore = !firstPage && !resized;
+
+        // Pictures that cover most of the page are its background, and go behind the text
+        // instead of pushing it away; drawings stand at their place on the page, except in
+        // flowing text, where nothing keeps its place.
+        const float pageArea = page.width * page.height;
+        std::vector<bool> background(page.pictures.size(), false);
+        std::string shapes;
+        for (std::size_t i = 0; i < page.pictures.size(); ++i) {
+            Rect shown = page.pictures[i].box;
+            shown.x0 = std::max(shown.x0, 0.0f);
+            shown.y0 = std::max(shown.y0, 0.0f);
+            shown.x1 = std::min(shown.x1, page.width);
+            shown.y1 = std::min(shown.y1, page.height);
+            background[i] = !shown.empty() && shown.width() * shown.height() >= pageArea * 0.5f;
+            if (background[i]) {
+                RtfWriter pictures(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+                pictures.pictureShape(page.pictures[i]);
+                shapes += pictures.out();
+            }
+        }
+        std::erase_if(layout.blocks, [&background](const Block& block) {
+            return block.kind == BlockKind::Picture && block.picture >= 0 &&
+                   background[static_cast<std::size_t>(block.picture)];
+        });
+        if (m_options.conversionMethod != 3) {
+            RtfWriter drawn(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+            for (const Picture& artwork : page.artwork)
+                drawn.pictureShape(artwork);
+            for (const Drawing& drawing : page.drawings)
+                drawn.shape(drawing);
+            shapes += drawn.out();
+        }
+        if (!shapes.empty()) {
+            std::string& out = writer.out();
+            if (m_options.conversionMethod == 2 && breakBefore)
+                out += "\\pard\\plain\\page\\par\n";
+            else if (m_options.conversionMethod == 1 && breakBefore)
+                out += "\\pard\\plain\\pagebb\\fs2 ";
+            if (m_options.conversionMethod != 1 || !breakBefore)
+                out += "\\pard\\plain\\fs2 ";
+            out += shapes + "\\par\n";
+            if (m_options.conversionMethod != 3)
+                breakBefore = false;
+        }
         if (!m_headerWritten && !layout.header.empty())
             m_header = runningText(layout.header, page, index, true);
         if (!m_footerWritten && !layout.footer.empty())

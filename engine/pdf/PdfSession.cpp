@@ -1,6 +1,7 @@
 #include "pdf/PdfSession.h"
 
 #include "pdf/ImageCodec.h"
+#include "pdf/PageDrawings.h"
 
 extern "C" {
 #include <mupdf/fitz.h>
@@ -345,12 +346,14 @@ struct PageResources
 {
     fz_context* ctx;
     fz_page* page = nullptr;
+    fz_display_list* list = nullptr;
     fz_stext_page* text = nullptr;
     fz_link* links = nullptr;
     ~PageResources()
     {
         fz_drop_link(ctx, links);
         fz_drop_stext_page(ctx, text);
+        fz_drop_display_list(ctx, list);
         fz_drop_page(ctx, page);
     }
 };
@@ -359,22 +362,30 @@ void loadPage(fz_context* ctx, fz_document* doc, int index, bool withPictures, P
               fz_rect& bounds, fz_cookie* cookie)
 {
     fz_device* device = nullptr;
+    fz_device* recorder = nullptr;
     fz_var(device);
+    fz_var(recorder);
     fz_try(ctx)
     {
         held.page = fz_load_page(ctx, doc, index);
         bounds = fz_bound_page(ctx, held.page);
+        // The page is interpreted once; its text and its drawings are read from the record.
+        held.list = fz_new_display_list(ctx, bounds);
+        recorder = fz_new_list_device(ctx, held.list);
+        fz_run_page(ctx, held.page, recorder, fz_identity, cookie);
+        fz_close_device(ctx, recorder);
         fz_stext_options options{};
         options.flags = FZ_STEXT_MEDIABOX_CLIP | (withPictures ? FZ_STEXT_PRESERVE_IMAGES : 0);
         held.text = fz_new_stext_page(ctx, bounds);
         device = fz_new_stext_device(ctx, held.text, &options);
-        fz_run_page(ctx, held.page, device, fz_identity, cookie);
+        fz_run_display_list(ctx, held.list, device, fz_identity, fz_infinite_rect, cookie);
         fz_close_device(ctx, device);
         held.links = fz_load_links(ctx, held.page);
     }
     fz_always(ctx)
     {
         fz_drop_device(ctx, device);
+        fz_drop_device(ctx, recorder);
     }
     fz_catch(ctx)
     {
@@ -406,6 +417,22 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
     const auto shift = [dx, dy](Rect r) {
         return Rect{r.x0 + dx, r.y0 + dy, r.x1 + dx, r.y1 + dy};
     };
+
+    if (pictures.drawings) {
+        bool failed = false;
+        fz_try(ctx)
+        {
+            CollectDrawings(ctx, held.list, bounds, dx, dy, content, &m_impl->cookie);
+        }
+        fz_catch(ctx)
+        {
+            failed = true;
+        }
+        if (failed && fz_caught(ctx) == FZ_ERROR_MEMORY)
+            throw PdfError(std::string("drawing too large: ") + fz_caught_message(ctx));
+        if (m_impl->cookie.abort)
+            throw PdfError("stopped: the document takes too long to read");
+    }
 
     for (fz_link* link = links; link; link = link->next) {
         if (isWebLink(link->uri))

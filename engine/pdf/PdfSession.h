@@ -31,6 +31,8 @@ struct PictureOptions final
     // Pictures are stored at no more than this resolution of their size on the page; larger
     // sources are decoded subsampled, so a huge image costs no more than a fitting one.
     int maxDpi = 300;
+    // Also read the page's vector graphics (rules, boxes, fills, plots).
+    bool drawings = true;
 };
 
 // The faces met so far in a document; pages refer to them by index.

@@ -245,7 +245,17 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
 void RtfWriter::picture(const Picture& picture, float widthPt, float heightPt)
 {
     m_out += "{\\pict";
-    m_out += picture.kind == PictureKind::Jpeg ? "\\jpegblip" : "\\dibitmap0";
+    switch (picture.kind) {
+    case PictureKind::Jpeg:
+        m_out += "\\jpegblip";
+        break;
+    case PictureKind::Png:
+        m_out += "\\pngblip";
+        break;
+    case PictureKind::Dib:
+        m_out += "\\dibitmap0";
+        break;
+    }
     m_out += "\\picw" + std::to_string(picture.pixelWidth) + "\\pich" +
              std::to_string(picture.pixelHeight);
     m_out += "\\picwgoal" + std::to_string(Twips(widthPt)) + "\\pichgoal" +
@@ -263,6 +273,65 @@ void RtfWriter::picture(const Picture& picture, float widthPt, float heightPt)
         }
     }
     m_out += "}";
+}
+
+}  // namespace velmora
+
+namespace velmora {
+
+namespace {
+
+// The opening of a shape at `box` on the page; its properties follow.
+std::string shapeStart(const Rect& box, bool behind)
+{
+    return "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(Twips(box.x0)) + "\\shptop" +
+           std::to_string(Twips(box.y0)) + "\\shpright" + std::to_string(Twips(box.x1)) +
+           "\\shpbottom" + std::to_string(Twips(box.y1)) +
+           "\\shpfhdr0\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore\\shpwr3\\shpwrk0"
+           "\\shpfblwtxt" +
+           (behind ? "1" : "0") + "\\shpz0";
+}
+
+std::string property(const char* name, long value)
+{
+    return std::string("{\\sp{\\sn ") + name + "}{\\sv " + std::to_string(value) + "}}";
+}
+
+// Shapes take colours as Windows COLORREF values: red in the low byte.
+long colourRef(uint32_t rgb)
+{
+    return static_cast<long>(((rgb >> 16) & 0xff) | (rgb & 0xff00) | ((rgb & 0xff) << 16));
+}
+
+}  // namespace
+
+void RtfWriter::shape(const Drawing& drawing)
+{
+    const bool line = drawing.kind == Drawing::Kind::Line;
+    m_out += shapeStart(drawing.box, !drawing.inFront);
+    m_out += property("shapeType", line ? 20 : 1);
+    if (line && drawing.rising)
+        m_out += property("fFlipV", 1);
+    m_out += property("fFilled", drawing.filled && !line ? 1 : 0);
+    if (drawing.filled && !line)
+        m_out += property("fillColor", colourRef(drawing.fill));
+    const bool stroked = drawing.stroked || line;
+    m_out += property("fLine", stroked ? 1 : 0);
+    if (stroked) {
+        m_out += property("lineColor", colourRef(drawing.stroked ? drawing.stroke : drawing.fill));
+        m_out += property("lineWidth", std::lround(drawing.lineWidth * 12700));
+    }
+    m_out += "}}";
+}
+
+void RtfWriter::pictureShape(const Picture& picture)
+{
+    m_out += shapeStart(picture.box, true);
+    m_out += property("shapeType", 75);
+    m_out += property("fLine", 0);
+    m_out += "{\\sp{\\sn pib}{\\sv ";
+    this->picture(picture, picture.box.width(), picture.box.height());
+    m_out += "}}}}";
 }
 
 }  // namespace velmora

@@ -56,6 +56,10 @@ public:
               float sizeScale = 1);
     // A picture shown at widthPt x heightPt points.
     void picture(const Picture& picture, float widthPt, float heightPt);
+    // A drawing as a shape placed on the page, behind the text or in front of it.
+    void shape(const Drawing& drawing);
+    // A picture as a shape placed on the page at its box, behind the text.
+    void pictureShape(const Picture& picture);
 
 private:
     RtfTables& m_tables;
