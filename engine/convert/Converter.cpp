@@ -260,16 +260,14 @@ private:
                 drawn.shape(drawing);
             shapes += drawn.out();
         }
-        if (!shapes.empty()) {
+        // The shapes' paragraph opens the page; with text boxes it closes it, since a word
+        // processor lets frames that follow a shape's anchor lose their text.
+        if (!shapes.empty() && m_options.conversionMethod != 2) {
             std::string& out = writer.out();
-            if (m_options.conversionMethod == 2 && breakBefore)
-                out += "\\pard\\plain\\page\\par\n";
-            else if (m_options.conversionMethod == 1 && breakBefore)
-                out += "\\pard\\plain\\pagebb\\fs2 ";
-            if (m_options.conversionMethod != 1 || !breakBefore)
-                out += "\\pard\\plain\\fs2 ";
+            out += m_options.conversionMethod == 1 && breakBefore ? "\\pard\\plain\\pagebb\\fs2 "
+                                                                  : "\\pard\\plain\\fs2 ";
             out += shapes + "\\par\n";
-            if (m_options.conversionMethod != 3)
+            if (m_options.conversionMethod == 1)
                 breakBefore = false;
         }
         if (!m_headerWritten && !layout.header.empty())
@@ -288,6 +286,8 @@ private:
             break;
         default:
             writeBoxes(writer, page, layout, breakBefore);
+            if (!shapes.empty())
+                writer.out() += "\\pard\\plain\\fs2 " + shapes + "\\par\n";
             break;
         }
     }
