@@ -636,18 +636,19 @@ private:
                 out += "\\par\n";
                 continue;
             }
-            // Word's fonts are seldom the PDF's; a little air keeps the text from wrapping
-            // early unless the fonts are shrunk to the exact box instead.
+            // Word's fonts are seldom the PDF's: the frame gets room for a substitute's wider
+            // letters, and its height is a minimum, so a line that wraps all the same is shown
+            // rather than cut off.
             float width = block.box.width();
-            float height = block.box.height();
+            const float height = block.box.height();
             float scale = 1;
             if (m_options.shrinkFonts) {
-                width = width * 1.03f + 2;
+                width = width * 1.06f + 3;
                 scale = shrinkToFit(block, width, height + 2);
             } else {
                 width = width * 1.08f + 4;
             }
-            frame(block.box, width, height, m_options.shrinkFonts);
+            frame(block.box, width, height, false);
             alignment(out, block);
             paragraphSpacing(out, layout, block);
             tabStops(out, block, block.box.x0);
