@@ -12,6 +12,7 @@ packages=(
   libgtest-dev googletest
   clang clang-format clang-tidy libclang-rt-14-dev
   fonts-ipafont-gothic fonts-dejavu-core
+  fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea
   xdg-utils xvfb xauth
   libreoffice-writer-nogui
   scdoc librsvg2-bin desktop-file-utils appstream dpkg-dev file lintian

@@ -35,7 +35,11 @@ void AtomicFile::discard()
 
 bool AtomicFile::open()
 {
-    std::string pattern = m_target + ".~XXXXXX";
+    // A short hidden name in the target's folder: the target's own name may already be as long
+    // as a name can be, and the rename must not cross file systems.
+    const std::size_t slash = m_target.find_last_of('/');
+    std::string pattern =
+        (slash == std::string::npos ? std::string() : m_target.substr(0, slash + 1)) + ".~vcXXXXXX";
     const int fd = ::mkstemp(pattern.data());
     if (fd < 0) {
         m_error = std::string("cannot write beside ") + m_target + ": " + std::strerror(errno);

@@ -1,8 +1,8 @@
 #pragma once
 
-// A file that appears whole or not at all: written under a temporary name in the target's
-// folder, flushed to disk, then renamed over the target. Dropped without commit(), it leaves
-// the older file under the target's name untouched.
+// A file that appears whole or not at all: written under a short temporary name (".~vcXXXXXX")
+// in the target's folder, flushed to disk, then renamed over the target. Dropped without commit(),
+// it leaves the older file under the target's name untouched.
 
 #include <cstddef>
 #include <cstdio>

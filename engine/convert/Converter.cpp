@@ -174,6 +174,7 @@ private:
                 page = read(index);
             } else {
                 noPictures.extract = false;
+                noPictures.drawings = false;
                 try {
                     page = m_pdf.readPage(index, noPictures, m_fonts);
                 } catch (const PdfError& error) {
@@ -209,9 +210,66 @@ private:
 
     void writePage(RtfWriter& writer, const PageContent& page, int index, bool firstPage)
     {
-        const PageLayout layout = LayOutPage(page, layoutOptions(), &m_fonts.faces());
-        if (firstPage)
+        PageLayout layout = LayOutPage(page, layoutOptions(), &m_fonts.faces());
+        if (firstPage) {
             settleSection(page, layout);
+            m_firstSection = m_section;
+        }
+        // A page of another size or orientation starts a section of its own, on a new page.
+        const bool resized = !firstPage && (std::fabs(page.width - m_section.width) > 1 ||
+                                            std::fabs(page.height - m_section.height) > 1);
+        if (resized) {
+            m_section.width = page.width;
+            m_section.height = page.height;
+            m_section.left = std::min(m_firstSection.left, page.width / 3);
+            m_section.right = std::min(m_firstSection.right, page.width / 3);
+            m_section.top = std::min(m_firstSection.top, page.height / 3);
+            m_section.bottom = std::min(m_firstSection.bottom, page.height / 3);
+            writer.out() += "\\sect\\sectd\\sbkpage" + sectionFormat() + "\n";
+        }
+        bool breakBefore = !firstPage && !resized;
+
+        // Pictures that cover most of the page are its background, and go behind the text
+        // instead of pushing it away; drawings stand at their place on the page, except in
+        // flowing text, where nothing keeps its place.
+        const float pageArea = page.width * page.height;
+        std::vector<bool> background(page.pictures.size(), false);
+        std::string shapes;
+        for (std::size_t i = 0; i < page.pictures.size(); ++i) {
+            Rect shown = page.pictures[i].box;
+            shown.x0 = std::max(shown.x0, 0.0f);
+            shown.y0 = std::max(shown.y0, 0.0f);
+            shown.x1 = std::min(shown.x1, page.width);
+            shown.y1 = std::min(shown.y1, page.height);
+            background[i] = !shown.empty() && shown.width() * shown.height() >= pageArea * 0.5f;
+            if (background[i]) {
+                RtfWriter pictures(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+                pictures.pictureShape(page.pictures[i]);
+                shapes += pictures.out();
+            }
+        }
+        std::erase_if(layout.blocks, [&background](const Block& block) {
+            return block.kind == BlockKind::Picture && block.picture >= 0 &&
+                   background[static_cast<std::size_t>(block.picture)];
+        });
+        if (m_options.conversionMethod != 3) {
+            RtfWriter drawn(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+            for (const Picture& artwork : page.artwork)
+                drawn.pictureShape(artwork);
+            for (const Drawing& drawing : page.drawings)
+                drawn.shape(drawing);
+            shapes += drawn.out();
+        }
+        // The shapes' paragraph opens the page; with text boxes it closes it, since a word
+        // processor lets frames that follow a shape's anchor lose their text.
+        if (!shapes.empty() && m_options.conversionMethod != 2) {
+            std::string& out = writer.out();
+            out += m_options.conversionMethod == 1 && breakBefore ? "\\pard\\plain\\pagebb\\fs2 "
+                                                                  : "\\pard\\plain\\fs2 ";
+            out += shapes + "\\par\n";
+            if (m_options.conversionMethod == 1)
+                breakBefore = false;
+        }
         if (!m_headerWritten && !layout.header.empty())
             m_header = runningText(layout.header, page, index, true);
         if (!m_footerWritten && !layout.footer.empty())
@@ -221,13 +279,15 @@ private:
 
         switch (m_options.conversionMethod) {
         case 1:
-            writeTabbed(writer, page, layout, firstPage);
+            writeTabbed(writer, page, layout, breakBefore);
             break;
         case 3:
             writeFlow(writer, page, layout);
             break;
         default:
-            writeBoxes(writer, page, layout, firstPage);
+            writeBoxes(writer, page, layout, breakBefore);
+            if (!shapes.empty())
+                writer.out() += "\\pard\\plain\\fs2 " + shapes + "\\par\n";
             break;
         }
     }
@@ -454,12 +514,12 @@ private:
     }
 
     void writeTabbed(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
-                     bool firstPage)
+                     bool breakBefore)
     {
         const std::vector<Block>& blocks = layout.blocks;
         const float textRight = m_section.width - m_section.right;
         float previousBottom = m_section.top;
-        bool pageBreak = !firstPage;
+        bool pageBreak = breakBefore;
         std::size_t i = 0;
         while (i < blocks.size()) {
             const Block& block = blocks[i];
@@ -510,8 +570,8 @@ private:
             }
             const float gutter = gaps ? std::max(6.0f, gutters / static_cast<float>(gaps)) : 18;
             std::string& out = writer.out();
-            out += "\\sect\\sectd\\sbknone" + runningDistances() + "\\cols" +
-                   std::to_string(columns) + "\\colsx" + std::to_string(Twips(gutter)) + "\n";
+            out += "\\sect\\sectd\\sbknone" + sectionFormat() + "\\cols" + std::to_string(columns) +
+                   "\\colsx" + std::to_string(Twips(gutter)) + "\n";
             const float bandTop = previousBottom;
             float bandBottom = previousBottom;
             float columnBottom = bandTop;
@@ -535,19 +595,19 @@ private:
                 columnBottom = std::max(columnBottom, member.box.y1);
                 bandBottom = std::max(bandBottom, member.box.y1);
             }
-            writer.out() += "\\sect\\sectd\\sbknone" + runningDistances() + "\n";
+            writer.out() += "\\sect\\sectd\\sbknone" + sectionFormat() + "\n";
             previousBottom = bandBottom;
             i = end;
         }
         if (blocks.empty())
-            writer.out() += firstPage ? "\\pard\\plain\\par\n" : "\\pard\\plain\\pagebb\\par\n";
+            writer.out() += breakBefore ? "\\pard\\plain\\pagebb\\par\n" : "\\pard\\plain\\par\n";
     }
 
     void writeBoxes(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
-                    bool firstPage)
+                    bool breakBefore)
     {
         std::string& out = writer.out();
-        if (!firstPage)
+        if (breakBefore)
             out += "\\pard\\plain\\page\\par\n";
         const auto frame = [&out](const Rect& box, float width, float height, bool exact) {
             out += "\\pard\\plain\\phpg\\pvpg\\posx" +
@@ -576,18 +636,19 @@ private:
                 out += "\\par\n";
                 continue;
             }
-            // Word's fonts are seldom the PDF's; a little air keeps the text from wrapping
-            // early unless the fonts are shrunk to the exact box instead.
+            // Word's fonts are seldom the PDF's: the frame gets room for a substitute's wider
+            // letters, and its height is a minimum, so a line that wraps all the same is shown
+            // rather than cut off.
             float width = block.box.width();
-            float height = block.box.height();
+            const float height = block.box.height();
             float scale = 1;
             if (m_options.shrinkFonts) {
-                width = width * 1.03f + 2;
+                width = width * 1.06f + 3;
                 scale = shrinkToFit(block, width, height + 2);
             } else {
                 width = width * 1.08f + 4;
             }
-            frame(block.box, width, height, m_options.shrinkFonts);
+            frame(block.box, width, height, false);
             alignment(out, block);
             paragraphSpacing(out, layout, block);
             tabStops(out, block, block.box.x0);
@@ -608,11 +669,26 @@ private:
         return out;
     }
 
+    // The page of the current section; every new section must say all of it again.
+    std::string sectionFormat() const
+    {
+        std::string out = "\\pgwsxn" + std::to_string(Twips(m_section.width)) + "\\pghsxn" +
+                          std::to_string(Twips(m_section.height));
+        if (m_section.width > m_section.height)
+            out += "\\lndscpsxn";
+        out += "\\marglsxn" + std::to_string(Twips(m_section.left)) + "\\margrsxn" +
+               std::to_string(Twips(m_section.right)) + "\\margtsxn" +
+               std::to_string(Twips(m_section.top)) + "\\margbsxn" +
+               std::to_string(Twips(m_section.bottom));
+        return out + runningDistances();
+    }
+
     std::string documentHead()
     {
         std::string head = "{\\rtf1\\ansi\\ansicpg1252\\deff0\\uc1\n";
         // The styles and the defaults must name their fonts before the table is written.
-        const int body = m_tables.font("Times New Roman", 0);
+        const int body =
+            m_tables.font(FontStyle{"Times New Roman", false, false, FontKind::Roman}, 0);
         head += m_tables.fontTable();
         head += m_tables.colourTable();
         const std::string fs =
@@ -621,15 +697,17 @@ private:
         head += "{\\s1\\sbasedon0\\snext0\\outlinelevel0\\b\\fs32 heading 1;}";
         head += "{\\s2\\sbasedon0\\snext0\\outlinelevel1\\b\\fs26 heading 2;}}\n";
         head += "{\\*\\generator VelmoraConverter;}\n";
+        // The first page's section opens the document; the body was written after it.
+        const Section current = m_section;
+        m_section = m_firstSection;
         head += "\\paperw" + std::to_string(Twips(m_section.width)) + "\\paperh" +
                 std::to_string(Twips(m_section.height));
         head += "\\margl" + std::to_string(Twips(m_section.left)) + "\\margr" +
                 std::to_string(Twips(m_section.right));
         head += "\\margt" + std::to_string(Twips(m_section.top)) + "\\margb" +
                 std::to_string(Twips(m_section.bottom));
-        head += "\\viewkind1\n\\sectd\\pgwsxn" + std::to_string(Twips(m_section.width)) +
-                "\\pghsxn" + std::to_string(Twips(m_section.height));
-        head += runningDistances();
+        head += "\\viewkind1\n\\sectd" + sectionFormat();
+        m_section = current;
         head += "\n" + m_header + m_footer;
         return head;
     }
@@ -642,6 +720,7 @@ private:
     RunningHeads m_heads;
     float m_bodySize = 0;
     Section m_section;
+    Section m_firstSection;
     std::vector<std::pair<int, PageContent>> m_cache;
     std::string m_header;
     std::string m_footer;
@@ -700,9 +779,11 @@ void ConvertToFile(PdfSession& pdf, const EngineOptions& options, const std::str
 
 std::string PictureStem(const std::string& target)
 {
+    // The last extension goes even when it is the whole name: the front end asks for the
+    // pictures of "<stem>.rtf" as "<stem>_1.bmp", and its stem may be empty.
     const std::size_t slash = target.find_last_of('/');
     const std::size_t dot = target.find_last_of('.');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash) || dot == slash + 1)
+    if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
         return target;
     return target.substr(0, dot);
 }

@@ -36,7 +36,8 @@ void ConvertToFile(PdfSession& pdf, const EngineOptions& options, const std::str
 // Pictures of the pages in the span as <stem>_<n>.bmp, n counted from 1.
 void WritePagePictures(PdfSession& pdf, const EngineOptions& options, const std::string& stem);
 
-// The target's path without its extension.
+// The target's path without its last extension (from the last '.' of its file name on, also
+// when that '.' begins the name): "dir/a.b.rtf" -> "dir/a.b", "dir/.rtf" -> "dir/".
 std::string PictureStem(const std::string& target);
 
 }  // namespace velmora

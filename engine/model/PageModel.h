@@ -73,10 +73,10 @@ struct TextLine final
     bool vertical = false;
 };
 
-enum class PictureKind { Jpeg, Dib };
+enum class PictureKind { Jpeg, Dib, Png };
 
-// A picture ready for the document: JPEG bytes, or a device-independent bitmap (info header
-// followed by bottom-up rows).
+// A picture ready for the document: JPEG bytes, a device-independent bitmap (info header
+// followed by bottom-up rows), or PNG with transparency.
 struct Picture final
 {
     PictureKind kind = PictureKind::Jpeg;
@@ -84,6 +84,24 @@ struct Picture final
     int pixelWidth = 0;
     int pixelHeight = 0;
     Rect box;  // where it shows on the page, in points
+};
+
+// A stroked or filled rectangle or straight line of the page, in page coordinates; drawn in
+// front of the text when it was painted over text the page had already shown.
+struct Drawing final
+{
+    enum class Kind { Rectangle, Line };
+    Kind kind = Kind::Rectangle;
+    Rect box;
+    bool filled = false;
+    bool stroked = false;
+    uint32_t fill = 0;    // 0xRRGGBB
+    uint32_t stroke = 0;  // 0xRRGGBB
+    float lineWidth = 0;  // points
+    // A line runs from the box's top-left to its bottom-right corner, or from bottom-left to
+    // top-right when `rising`.
+    bool rising = false;
+    bool inFront = false;
 };
 
 struct Link final
@@ -99,6 +117,10 @@ struct PageContent final
     std::vector<TextLine> lines;
     std::vector<Picture> pictures;
     std::vector<Link> links;
+    std::vector<Drawing> drawings;
+    // The page's other vector graphics (curves, polygons, shadings, or a drawing too dense to
+    // keep as shapes) as one transparent picture, laid behind the text.
+    std::vector<Picture> artwork;
 };
 
 }  // namespace velmora

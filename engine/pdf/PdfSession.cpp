@@ -1,12 +1,14 @@
 #include "pdf/PdfSession.h"
 
 #include "pdf/ImageCodec.h"
+#include "pdf/PageDrawings.h"
 
 extern "C" {
 #include <mupdf/fitz.h>
 #include <mupdf/pdf.h>
 }
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -116,6 +118,44 @@ struct PdfSession::Impl
     pdf_document* doc = nullptr;
     fz_cookie cookie{};
 
+    // Takes over an opened document: passwords, then a repair when it shows no pages.
+    OpenStatus adopt(pdf_document* opened, const std::vector<std::string>& passwords,
+                     std::string& error)
+    {
+        pdf_drop_document(ctx, doc);
+        doc = opened;
+        bool unlocked = !pdf_needs_password(ctx, doc);
+        for (std::size_t i = 0; !unlocked && i < passwords.size(); ++i)
+            unlocked = pdf_authenticate_password(ctx, doc, passwords[i].c_str()) != 0;
+        if (!unlocked) {
+            error = "the PDF needs a password";
+            return OpenStatus::NeedsPassword;
+        }
+        // A broken cross-reference chain (a /Prev that points back at itself, say) can hide every
+        // object without failing the load; MuPDF's repair rebuilds the table from the objects.
+        int count = 0;
+        fz_try(ctx)
+        {
+            count = pdf_count_pages(ctx, doc);
+        }
+        fz_catch(ctx)
+        {
+            count = 0;
+        }
+        if (count <= 0 && !doc->repair_attempted) {
+            fz_try(ctx)
+            {
+                pdf_repair_xref(ctx, doc);
+                pdf_repair_obj_stms(ctx, doc);
+            }
+            fz_catch(ctx)
+            {
+                // Nothing more to try; counting the pages tells the caller.
+            }
+        }
+        return OpenStatus::Opened;
+    }
+
     ~Impl()
     {
         if (ctx) {
@@ -158,16 +198,7 @@ OpenStatus PdfSession::open(const std::string& path, const std::vector<std::stri
         m_lastError = fz_caught_message(ctx);
         return OpenStatus::Failed;
     }
-    pdf_drop_document(ctx, m_impl->doc);
-    m_impl->doc = doc;
-    if (!pdf_needs_password(ctx, doc))
-        return OpenStatus::Opened;
-    for (const std::string& password : passwords) {
-        if (pdf_authenticate_password(ctx, doc, password.c_str()))
-            return OpenStatus::Opened;
-    }
-    m_lastError = "the PDF needs a password";
-    return OpenStatus::NeedsPassword;
+    return m_impl->adopt(doc, passwords, m_lastError);
 }
 
 OpenStatus PdfSession::openMemory(const uint8_t* data, std::size_t size,
@@ -192,16 +223,7 @@ OpenStatus PdfSession::openMemory(const uint8_t* data, std::size_t size,
         m_lastError = fz_caught_message(ctx);
         return OpenStatus::Failed;
     }
-    pdf_drop_document(ctx, m_impl->doc);
-    m_impl->doc = doc;
-    if (!pdf_needs_password(ctx, doc))
-        return OpenStatus::Opened;
-    for (const std::string& password : passwords) {
-        if (pdf_authenticate_password(ctx, doc, password.c_str()))
-            return OpenStatus::Opened;
-    }
-    m_lastError = "the PDF needs a password";
-    return OpenStatus::NeedsPassword;
+    return m_impl->adopt(doc, passwords, m_lastError);
 }
 
 int PdfSession::pageCount()
@@ -324,12 +346,14 @@ struct PageResources
 {
     fz_context* ctx;
     fz_page* page = nullptr;
+    fz_display_list* list = nullptr;
     fz_stext_page* text = nullptr;
     fz_link* links = nullptr;
     ~PageResources()
     {
         fz_drop_link(ctx, links);
         fz_drop_stext_page(ctx, text);
+        fz_drop_display_list(ctx, list);
         fz_drop_page(ctx, page);
     }
 };
@@ -338,22 +362,30 @@ void loadPage(fz_context* ctx, fz_document* doc, int index, bool withPictures, P
               fz_rect& bounds, fz_cookie* cookie)
 {
     fz_device* device = nullptr;
+    fz_device* recorder = nullptr;
     fz_var(device);
+    fz_var(recorder);
     fz_try(ctx)
     {
         held.page = fz_load_page(ctx, doc, index);
         bounds = fz_bound_page(ctx, held.page);
+        // The page is interpreted once; its text and its drawings are read from the record.
+        held.list = fz_new_display_list(ctx, bounds);
+        recorder = fz_new_list_device(ctx, held.list);
+        fz_run_page(ctx, held.page, recorder, fz_identity, cookie);
+        fz_close_device(ctx, recorder);
         fz_stext_options options{};
         options.flags = FZ_STEXT_MEDIABOX_CLIP | (withPictures ? FZ_STEXT_PRESERVE_IMAGES : 0);
         held.text = fz_new_stext_page(ctx, bounds);
         device = fz_new_stext_device(ctx, held.text, &options);
-        fz_run_page(ctx, held.page, device, fz_identity, cookie);
+        fz_run_display_list(ctx, held.list, device, fz_identity, fz_infinite_rect, cookie);
         fz_close_device(ctx, device);
         held.links = fz_load_links(ctx, held.page);
     }
     fz_always(ctx)
     {
         fz_drop_device(ctx, device);
+        fz_drop_device(ctx, recorder);
     }
     fz_catch(ctx)
     {
@@ -385,6 +417,22 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
     const auto shift = [dx, dy](Rect r) {
         return Rect{r.x0 + dx, r.y0 + dy, r.x1 + dx, r.y1 + dy};
     };
+
+    if (pictures.drawings) {
+        bool failed = false;
+        fz_try(ctx)
+        {
+            CollectDrawings(ctx, held.list, bounds, dx, dy, content, &m_impl->cookie);
+        }
+        fz_catch(ctx)
+        {
+            failed = true;
+        }
+        if (failed && fz_caught(ctx) == FZ_ERROR_MEMORY)
+            throw PdfError(std::string("drawing too large: ") + fz_caught_message(ctx));
+        if (m_impl->cookie.abort)
+            throw PdfError("stopped: the document takes too long to read");
+    }
 
     for (fz_link* link = links; link; link = link->next) {
         if (isWebLink(link->uri))
@@ -454,6 +502,19 @@ bool PdfSession::wasRepaired() const
     return m_impl->doc && pdf_was_repaired(m_impl->ctx, m_impl->doc);
 }
 
+PictureSize PagePictureSize(float widthPt, float heightPt, int dpi)
+{
+    const double width = std::isfinite(widthPt) && widthPt > 0 ? widthPt : 1;
+    const double height = std::isfinite(heightPt) && heightPt > 0 ? heightPt : 1;
+    double zoom = std::max(dpi, 1) / 72.0;
+    zoom = std::min(zoom, MaxPictureSide / std::max(width, height));
+    zoom = std::min(zoom, std::sqrt(MaxPicturePixels / (width * height)));
+    const auto pixels = [zoom](double points) {
+        return static_cast<int>(std::clamp(std::floor(points * zoom + 0.5), 1.0, MaxPictureSide));
+    };
+    return {pixels(width), pixels(height), static_cast<float>(zoom)};
+}
+
 std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)
 {
     fz_context* ctx = m_impl->ctx;
@@ -464,13 +525,14 @@ std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)
     fz_device* device = nullptr;
     fz_var(pixmap);
     fz_var(device);
-    const float zoom = static_cast<float>(dpi) / 72.0f;
     fz_try(ctx)
     {
         held.page = fz_load_page(ctx, &m_impl->doc->super, index);
-        const fz_matrix ctm = fz_scale(zoom, zoom);
-        const fz_irect box = fz_round_rect(fz_transform_rect(fz_bound_page(ctx, held.page), ctm));
-        pixmap = fz_new_pixmap_with_bbox(ctx, fz_device_rgb(ctx), box, nullptr, 0);
+        const fz_rect bounds = fz_bound_page(ctx, held.page);
+        const PictureSize size = PagePictureSize(bounds.x1 - bounds.x0, bounds.y1 - bounds.y0, dpi);
+        const fz_matrix ctm =
+            fz_concat(fz_translate(-bounds.x0, -bounds.y0), fz_scale(size.zoom, size.zoom));
+        pixmap = fz_new_pixmap(ctx, fz_device_rgb(ctx), size.width, size.height, nullptr, 0);
         fz_clear_pixmap_with_value(ctx, pixmap, 255);
         device = fz_new_draw_device(ctx, fz_identity, pixmap);
         fz_run_page(ctx, held.page, device, ctm, &m_impl->cookie);

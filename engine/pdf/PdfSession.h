@@ -31,6 +31,8 @@ struct PictureOptions final
     // Pictures are stored at no more than this resolution of their size on the page; larger
     // sources are decoded subsampled, so a huge image costs no more than a fitting one.
     int maxDpi = 300;
+    // Also read the page's vector graphics (rules, boxes, fills, plots).
+    bool drawings = true;
 };
 
 // The faces met so far in a document; pages refer to them by index.
@@ -43,6 +45,22 @@ public:
 private:
     std::vector<FontFace> m_faces;
 };
+
+// A page picture of an absurd page size still fits in memory: it is drawn smaller, with its
+// aspect ratio kept, so that no side passes MaxPictureSide pixels and the whole stays within
+// MaxPicturePixels (192 MB of 24-bit colour).
+inline constexpr double MaxPictureSide = 32767;
+inline constexpr double MaxPicturePixels = 64e6;
+
+struct PictureSize final
+{
+    int width = 1;
+    int height = 1;
+    float zoom = 1;  // pixels per point
+};
+
+// The pixel size of a picture of a page of widthPt x heightPt points at `dpi`.
+PictureSize PagePictureSize(float widthPt, float heightPt, int dpi);
 
 class PdfSession final
 {
@@ -62,7 +80,8 @@ public:
 
     int pageCount();
     PageContent readPage(int index, const PictureOptions& pictures, FontTable& fonts);
-    // The page as a 24-bit Windows bitmap file at `dpi` dots per inch.
+    // The page as a 24-bit Windows bitmap file at `dpi` dots per inch, or smaller as
+    // PagePictureSize says.
     std::vector<uint8_t> renderBmp(int index, int dpi);
 
     // Makes the page being read or drawn, and every later one, stop with a PdfError. Safe to

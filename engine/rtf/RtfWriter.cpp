@@ -33,6 +33,33 @@ long Twips(float points)
     return std::lround(points * 20.0f);
 }
 
+namespace {
+
+// What a reader without Unicode shows in place of `c`: its Windows-1252 byte, or '?'.
+std::string ansiFallback(char32_t c)
+{
+    static constexpr std::pair<char32_t, unsigned> Specials[] = {
+        {0x20ac, 0x80}, {0x201a, 0x82}, {0x0192, 0x83}, {0x201e, 0x84}, {0x2026, 0x85},
+        {0x2020, 0x86}, {0x2021, 0x87}, {0x02c6, 0x88}, {0x2030, 0x89}, {0x0160, 0x8a},
+        {0x2039, 0x8b}, {0x0152, 0x8c}, {0x017d, 0x8e}, {0x2018, 0x91}, {0x2019, 0x92},
+        {0x201c, 0x93}, {0x201d, 0x94}, {0x2022, 0x95}, {0x2013, 0x96}, {0x2014, 0x97},
+        {0x02dc, 0x98}, {0x2122, 0x99}, {0x0161, 0x9a}, {0x203a, 0x9b}, {0x0153, 0x9c},
+        {0x017e, 0x9e}, {0x0178, 0x9f}};
+    unsigned byte = 0;
+    if (c >= 0xa0 && c <= 0xff)
+        byte = static_cast<unsigned>(c);
+    for (const auto& [code, value] : Specials) {
+        if (code == c)
+            byte = value;
+    }
+    if (byte == 0)
+        return "?";
+    static const char Hex[] = "0123456789abcdef";
+    return std::string("\\'") + Hex[byte >> 4] + Hex[byte & 15];
+}
+
+}  // namespace
+
 void AppendEscaped(std::string& out, char32_t c)
 {
     if (c == '\\' || c == '{' || c == '}') {
@@ -55,8 +82,9 @@ void AppendEscaped(std::string& out, char32_t c)
         for (const char32_t half : {0xd800 + (v >> 10), 0xdc00 + (v & 0x3ff)})
             out += "\\u" + std::to_string(static_cast<int16_t>(static_cast<uint16_t>(half))) + "?";
     } else {
-        // \u takes a signed 16-bit number; '?' stands in for readers without Unicode.
-        out += "\\u" + std::to_string(static_cast<int16_t>(static_cast<uint16_t>(c))) + "?";
+        // \u takes a signed 16-bit number; readers without Unicode show the fallback.
+        out += "\\u" + std::to_string(static_cast<int16_t>(static_cast<uint16_t>(c))) +
+               ansiFallback(c);
     }
 }
 
@@ -84,13 +112,13 @@ void AppendEscaped(std::string& out, const std::string& utf8Text)
     }
 }
 
-int RtfTables::font(const std::string& family, int charset)
+int RtfTables::font(const FontStyle& style, int charset)
 {
     for (std::size_t i = 0; i < m_fonts.size(); ++i) {
-        if (m_fonts[i].family == family && m_fonts[i].charset == charset)
+        if (m_fonts[i].family == style.family && m_fonts[i].charset == charset)
             return static_cast<int>(i);
     }
-    m_fonts.push_back(FontEntry{family, charset});
+    m_fonts.push_back(FontEntry{style.family, charset, style.kind, style.alternative});
     return static_cast<int>(m_fonts.size() - 1);
 }
 
@@ -108,15 +136,27 @@ std::string RtfTables::fontTable() const
 {
     std::string out = "{\\fonttbl";
     if (m_fonts.empty())
-        out += "{\\f0\\fnil\\fcharset0 Times New Roman;}";
-    for (std::size_t i = 0; i < m_fonts.size(); ++i) {
-        out += "{\\f" + std::to_string(i) + "\\fnil\\fcharset" +
-               std::to_string(m_fonts[i].charset) + " ";
+        out += "{\\f0\\froman\\fcharset0 Times New Roman;}";
+    // A name ends at ';' in the table, so it may not hold one.
+    const auto appendName = [&out](const std::string& family) {
         std::string name;
-        // The name ends at ';' in the table, so it may not hold one.
-        for (char c : m_fonts[i].family)
+        for (char c : family)
             name.push_back(c == ';' ? ' ' : c);
         AppendEscaped(out, name);
+    };
+    for (std::size_t i = 0; i < m_fonts.size(); ++i) {
+        const FontEntry& entry = m_fonts[i];
+        static constexpr const char* Kinds[] = {"\\froman", "\\fswiss", "\\fmodern", "\\ftech"};
+        out += "{\\f" + std::to_string(i) + Kinds[static_cast<int>(entry.kind)];
+        if (entry.kind == FontKind::Modern)
+            out += "\\fprq1";
+        out += "\\fcharset" + std::to_string(entry.charset) + " ";
+        appendName(entry.family);
+        if (!entry.alternative.empty()) {
+            out += "{\\*\\falt ";
+            appendName(entry.alternative);
+            out += "}";
+        }
         out += ";}";
     }
     out += "}\n";
@@ -180,8 +220,8 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
         if (first.font >= 0 && static_cast<std::size_t>(first.font) < m_faces.size())
             style = ResolveFontStyle(m_faces[static_cast<std::size_t>(first.font)], m_adjust);
         else
-            style.family = "Times New Roman";
-        const int fontIndex = m_tables.font(style.family, charset);
+            style = FontStyle{"Times New Roman", false, false, FontKind::Roman};
+        const int fontIndex = m_tables.font(style, charset);
         const long halfPoints = std::max(2L, std::lround(first.size * sizeScale * 2));
         m_out += "{\\f" + std::to_string(fontIndex) + "\\fs" + std::to_string(halfPoints);
         if (style.bold)
@@ -205,7 +245,17 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
 void RtfWriter::picture(const Picture& picture, float widthPt, float heightPt)
 {
     m_out += "{\\pict";
-    m_out += picture.kind == PictureKind::Jpeg ? "\\jpegblip" : "\\dibitmap0";
+    switch (picture.kind) {
+    case PictureKind::Jpeg:
+        m_out += "\\jpegblip";
+        break;
+    case PictureKind::Png:
+        m_out += "\\pngblip";
+        break;
+    case PictureKind::Dib:
+        m_out += "\\dibitmap0";
+        break;
+    }
     m_out += "\\picw" + std::to_string(picture.pixelWidth) + "\\pich" +
              std::to_string(picture.pixelHeight);
     m_out += "\\picwgoal" + std::to_string(Twips(widthPt)) + "\\pichgoal" +
@@ -223,6 +273,65 @@ void RtfWriter::picture(const Picture& picture, float widthPt, float heightPt)
         }
     }
     m_out += "}";
+}
+
+}  // namespace velmora
+
+namespace velmora {
+
+namespace {
+
+// The opening of a shape at `box` on the page; its properties follow.
+std::string shapeStart(const Rect& box, bool behind)
+{
+    return "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(Twips(box.x0)) + "\\shptop" +
+           std::to_string(Twips(box.y0)) + "\\shpright" + std::to_string(Twips(box.x1)) +
+           "\\shpbottom" + std::to_string(Twips(box.y1)) +
+           "\\shpfhdr0\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore\\shpwr3\\shpwrk0"
+           "\\shpfblwtxt" +
+           (behind ? "1" : "0") + "\\shpz0";
+}
+
+std::string property(const char* name, long value)
+{
+    return std::string("{\\sp{\\sn ") + name + "}{\\sv " + std::to_string(value) + "}}";
+}
+
+// Shapes take colours as Windows COLORREF values: red in the low byte.
+long colourRef(uint32_t rgb)
+{
+    return static_cast<long>(((rgb >> 16) & 0xff) | (rgb & 0xff00) | ((rgb & 0xff) << 16));
+}
+
+}  // namespace
+
+void RtfWriter::shape(const Drawing& drawing)
+{
+    const bool line = drawing.kind == Drawing::Kind::Line;
+    m_out += shapeStart(drawing.box, !drawing.inFront);
+    m_out += property("shapeType", line ? 20 : 1);
+    if (line && drawing.rising)
+        m_out += property("fFlipV", 1);
+    m_out += property("fFilled", drawing.filled && !line ? 1 : 0);
+    if (drawing.filled && !line)
+        m_out += property("fillColor", colourRef(drawing.fill));
+    const bool stroked = drawing.stroked || line;
+    m_out += property("fLine", stroked ? 1 : 0);
+    if (stroked) {
+        m_out += property("lineColor", colourRef(drawing.stroked ? drawing.stroke : drawing.fill));
+        m_out += property("lineWidth", std::lround(drawing.lineWidth * 12700));
+    }
+    m_out += "}}";
+}
+
+void RtfWriter::pictureShape(const Picture& picture)
+{
+    m_out += shapeStart(picture.box, true);
+    m_out += property("shapeType", 75);
+    m_out += property("fLine", 0);
+    m_out += "{\\sp{\\sn pib}{\\sv ";
+    this->picture(picture, picture.box.width(), picture.box.height());
+    m_out += "}}}}";
 }
 
 }  // namespace velmora

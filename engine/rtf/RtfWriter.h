@@ -25,7 +25,7 @@ void AppendEscaped(std::string& out, const std::string& utf8Text);
 class RtfTables final
 {
 public:
-    int font(const std::string& family, int charset);
+    int font(const FontStyle& style, int charset);
     // 1-based; 0 is the automatic colour.
     int colour(uint32_t rgb);
     std::string fontTable() const;
@@ -36,6 +36,8 @@ private:
     {
         std::string family;
         int charset = 0;
+        FontKind kind = FontKind::Roman;
+        std::string alternative;
     };
     std::vector<FontEntry> m_fonts;
     std::vector<uint32_t> m_colours;
@@ -54,6 +56,10 @@ public:
               float sizeScale = 1);
     // A picture shown at widthPt x heightPt points.
     void picture(const Picture& picture, float widthPt, float heightPt);
+    // A drawing as a shape placed on the page, behind the text or in front of it.
+    void shape(const Drawing& drawing);
+    // A picture as a shape placed on the page at its box, behind the text.
+    void pictureShape(const Picture& picture);
 
 private:
     RtfTables& m_tables;

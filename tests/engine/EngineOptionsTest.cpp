@@ -204,13 +204,15 @@ TEST(PageSpan, FollowsTheRangeWithinTheDocument)
     }
 }
 
-TEST(PictureStem, DropsOnlyTheFileNamesExtension)
+TEST(PictureStem, DropsTheFileNamesLastExtension)
 {
     const std::vector<std::pair<std::string, std::string>> rows{
         {"/tmp/~SV12.tmp.rtf", "/tmp/~SV12.tmp"},
         {"/tmp/a", "/tmp/a"},
         {"/t.d/a", "/t.d/a"},
-        {"/t/.hidden", "/t/.hidden"},
+        // A preview stem may be empty: "<stem>.rtf" must still give "<stem>_1.bmp".
+        {"/t/.rtf", "/t/"},
+        {".rtf", ""},
         {"a.rtf", "a"},
         {"/t/a.b.doc", "/t/a.b"},
     };
@@ -235,14 +237,14 @@ TEST(AtomicFile, ReplacesTheTargetOnlyOnCommit)
         EXPECT_EQ(ReadAll(target), "old");
     }
     EXPECT_EQ(ReadAll(target), "old");
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"out.rtf"});
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"out.rtf"});
 
     velmora::AtomicFile file(target.toStdString());
     ASSERT_TRUE(file.open());
     ASSERT_TRUE(file.write(std::string("new")));
     ASSERT_TRUE(file.commit());
     EXPECT_EQ(ReadAll(target), "new");
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{"out.rtf"});
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"out.rtf"});
 
     velmora::AtomicFile nowhere(dir.filePath("missing/out.rtf").toStdString());
     EXPECT_FALSE(nowhere.open());

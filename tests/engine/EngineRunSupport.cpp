@@ -83,6 +83,24 @@ QByteArray RawPdf(const std::vector<QByteArray>& objects)
     return pdf;
 }
 
+QByteArray SelfChainedPdf()
+{
+    const QByteArray page = "<< /Type /Page /Parent 2 0 R /MediaBox [0 0 200 200] /Contents 6 0 R "
+                            "/Resources << /Font << /F1 7 0 R >> >> >>";
+    const QByteArray text = "BT /F1 12 Tf 20 150 Td (Repaired page) Tj ET";
+    QByteArray pdf = RawPdf(
+        {"<< /Type /Catalog /Pages 2 0 R >>",
+         "<< /Type /Pages /Kids [3 0 R 4 0 R 5 0 R] /Count 3 >>", page, page, page,
+         "<< /Length " + QByteArray::number(text.size()) + " >>\nstream\n" + text + "\nendstream",
+         "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>"});
+    const QByteArray object = QByteArray::number(pdf.size()).rightJustified(10, '0');
+    pdf += "8 0 obj\n<< /Producer (update) >>\nendobj\n";
+    const QByteArray xref = QByteArray::number(pdf.size());
+    pdf += "xref\n0 1\n0000000000 65535 f \n8 1\n" + object + " 00000 n \ntrailer\n<< /Size 9 " +
+           "/Root 1 0 R /Info 8 0 R /Prev " + xref + " >>\nstartxref\n" + xref + "\n%%EOF\n";
+    return pdf;
+}
+
 QByteArray ReadFile(const QString& path)
 {
     QFile file(path);

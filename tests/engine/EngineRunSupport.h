@@ -38,6 +38,10 @@ QString WriteFixture(const QString& dir, const std::string& name);
 // cross-reference table; object 1 is the catalogue.
 QByteArray RawPdf(const std::vector<QByteArray>& objects);
 
+// A three-page PDF with text on each page, behind an incremental update whose cross-reference
+// section names itself as the previous one: its pages are found only by a repair.
+QByteArray SelfChainedPdf();
+
 QByteArray ReadFile(const QString& path);
 void WriteFile(const QString& path, const QByteArray& bytes);
 

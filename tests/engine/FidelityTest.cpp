@@ -3,6 +3,8 @@
 
 #include "EngineRunSupport.h"
 
+#include "pdf/PdfSession.h"
+
 #include <QDir>
 #include <QProcess>
 #include <QRegularExpression>
@@ -12,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <map>
 
@@ -199,4 +202,82 @@ TEST(Fidelity, WordsPicturesLinksAndOrderSurviveAWordProcessor)
     const QString links = QString::fromUtf8(ReadFile(out + "/links-3.fodt"));
     EXPECT_TRUE(links.contains("xlink:href=\"https://example.com/guide\""));
     EXPECT_TRUE(links.contains("xlink:href=\"mailto:office@example.com\""));
+}
+
+TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
+{
+    if (QStandardPaths::findExecutable("soffice").isEmpty())
+        GTEST_SKIP() << "LibreOffice (soffice) is needed";
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    std::map<std::string, velmora::fixtures::Fixture> fixtures;
+    for (auto& fixture : velmora::fixtures::LookFixtures())
+        fixtures[fixture.name] = fixture;
+    const auto convert = [&dir, &fixtures](const std::string& name, int method) {
+        const QString pdf = dir.filePath(QString::fromStdString(name) + ".pdf");
+        velmora::fixtures::WritePdf(pdf.toStdString(), fixtures[name].pages);
+        StoreOptions([method](RunState& s) { s.ConversionMethod = static_cast<qint16>(method); });
+        const QString rtf =
+            dir.filePath(QString("%1-%2.rtf").arg(QString::fromStdString(name)).arg(method));
+        const EngineResult result = RunEngine({pdf, rtf, "-C", "-H"});
+        EXPECT_EQ(result.exitCode, 0) << name << " " << method << ": " << result.err.toStdString();
+        return rtf;
+    };
+
+    // Every page keeps its size and orientation, each in a section that says so.
+    QStringList printed;
+    for (int method : {1, 2, 3}) {
+        const QString rtf = convert("sizes", method);
+        const std::string body = ReadFile(rtf).toStdString();
+        for (const char* section :
+             {"\\pgwsxn12240\\pghsxn15840", "\\pgwsxn11900\\pghsxn16840",
+              "\\pgwsxn16840\\pghsxn11900\\lndscpsxn", "\\pgwsxn8400\\pghsxn11900"})
+            EXPECT_NE(body.find(section), std::string::npos) << method << " " << section;
+        printed += rtf;
+    }
+    // Drawings are shapes at their place; fonts carry their kind.
+    const QString drawings = convert("drawings", 2);
+    const std::string shapes = ReadFile(drawings).toStdString();
+    EXPECT_NE(shapes.find("{\\sp{\\sn shapeType}{\\sv 20}}"), std::string::npos);
+    EXPECT_NE(shapes.find("{\\sp{\\sn fillColor}{\\sv 8408371}}"), std::string::npos);  // header
+    EXPECT_NE(shapes.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
+    EXPECT_NE(shapes.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
+    const std::string code = ReadFile(convert("footnotes", 3)).toStdString();
+    EXPECT_NE(code.find("\\fmodern\\fprq1\\fcharset0 Courier New;"), std::string::npos);
+    printed += drawings;
+
+    const QString out = dir.filePath("office");
+    ASSERT_TRUE(RunOffice(dir.filePath("office-profile"), "pdf", out, printed));
+    struct Size
+    {
+        float width;
+        float height;
+    };
+    const std::vector<Size> sizes{{612, 792}, {595, 842}, {842, 595}, {420, 595}};
+    for (int method : {1, 2, 3}) {
+        velmora::PdfSession pdf;
+        ASSERT_EQ(pdf.open(QString("%1/sizes-%2.pdf").arg(out).arg(method).toStdString(), {}),
+                  velmora::OpenStatus::Opened);
+        ASSERT_EQ(pdf.pageCount(), 4) << method;
+        velmora::FontTable fonts;
+        for (int page = 0; page < 4; ++page) {
+            const velmora::PageContent content = pdf.readPage(page, {}, fonts);
+            EXPECT_NEAR(content.width, sizes[static_cast<std::size_t>(page)].width, 2) << method;
+            EXPECT_NEAR(content.height, sizes[static_cast<std::size_t>(page)].height, 2) << method;
+        }
+    }
+    // The table's dark header shows in the word processor, behind its white words.
+    velmora::PdfSession pdf;
+    ASSERT_EQ(pdf.open((out + "/drawings-2.pdf").toStdString(), {}), velmora::OpenStatus::Opened);
+    const std::vector<uint8_t> bmp = pdf.renderBmp(0, 72);
+    const auto pixel = [&bmp](int x, int y) {
+        const int width = 612;
+        const int row = (width * 3 + 3) & ~3;
+        const std::size_t at = 54 + static_cast<std::size_t>((792 - 1 - y) * row + x * 3);
+        return std::array<int, 3>{bmp[at + 2], bmp[at + 1], bmp[at]};  // stored as BGR
+    };
+    const std::array<int, 3> header = pixel(180, 792 - 690);
+    EXPECT_NEAR(header[0], 51, 12);
+    EXPECT_NEAR(header[1], 77, 12);
+    EXPECT_NEAR(header[2], 128, 12);
 }

@@ -34,6 +34,8 @@ TEST(GetPageCount, CountsPagesAndTellsPasswordsAndFailuresApart)
     const std::string empty = dir.filePath("empty.pdf").toStdString();
     WriteFile(QString::fromStdString(empty), RawPdf({"<< /Type /Catalog /Pages 2 0 R >>",
                                                      "<< /Type /Pages /Kids [] /Count 0 >>"}));
+    const std::string chained = dir.filePath("chained.pdf").toStdString();
+    WriteFile(QString::fromStdString(chained), SelfChainedPdf());
 
     struct Row
     {
@@ -49,6 +51,7 @@ TEST(GetPageCount, CountsPagesAndTellsPasswordsAndFailuresApart)
         {write("locked"), "wrong", -3},
         {write("locked"), "secret", 1},
         {empty, "", 0},
+        {chained, "", 3},
         {garbage, "", -1},
         {dir.filePath("missing.pdf").toStdString(), "", -1},
     };

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace enginetest;
 using velmora::OpenStatus;
 using velmora::PdfError;
@@ -69,4 +71,33 @@ TEST(PdfSession, OpensFromMemoryAndTriesEachPassword)
     EXPECT_EQ(garbage.openMemory(junk, sizeof junk, {}), OpenStatus::Failed);
     EXPECT_FALSE(garbage.lastError().empty());
     EXPECT_THROW(garbage.pageCount(), PdfError);
+}
+
+TEST(PagePictureSize, KeepsTheAspectWithinThePixelCeiling)
+{
+    struct Row
+    {
+        float width;
+        float height;
+        int dpi;
+        int pixelWidth;
+        int pixelHeight;
+    };
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::vector<Row> rows{
+        {612, 792, 20, 170, 220},
+        {612, 792, 72, 612, 792},
+        {612, 792, 1200, 7032, 9101},
+        {1e9f, 1e9f, 20, 8000, 8000},
+        {1e9f, 1.0f, 20, 32767, 1},
+        {14400, 100, 1200, 32767, 228},
+        {0, 0, 96, 1, 1},
+        {nan, 792, 72, 1, 792},
+    };
+    for (const Row& row : rows) {
+        const velmora::PictureSize size = velmora::PagePictureSize(row.width, row.height, row.dpi);
+        EXPECT_EQ(size.width, row.pixelWidth) << row.width << "x" << row.height << "@" << row.dpi;
+        EXPECT_EQ(size.height, row.pixelHeight) << row.width << "x" << row.height << "@" << row.dpi;
+        EXPECT_LE(double(size.width) * size.height, velmora::MaxPicturePixels);
+    }
 }

@@ -22,7 +22,8 @@ TEST(AppendEscaped, EscapesWhatRtfReservesAndWritesTheRestAsUnicode)
         {0x01, ""},
         {0xa0, "\\~"},
         {0xad, "\\-"},
-        {0xe9, "\\u233?"},
+        {0xe9, "\\u233\\'e9"},  // the Windows-1252 byte follows for readers without Unicode
+        {0x2019, "\\u8217\\'92"},
         {0x65e5, "\\u26085?"},             // 日
         {0xff01, "\\u-255?"},              // past 32767 the number is negative
         {0x1f600, "\\u-10179?\\u-8704?"},  // a surrogate pair
@@ -76,7 +77,8 @@ TEST(RtfWriter, WritesRunsWithFontsSizesColoursAndLinks)
     EXPECT_NE(out.find("\\cf1 now}"), std::string::npos) << out;
     EXPECT_NE(out.find("{\\f1\\fs18 \\u26085?}"), std::string::npos) << out;
     EXPECT_EQ(tables.fontTable(),
-              "{\\fonttbl{\\f0\\fnil\\fcharset0 Arial;}{\\f1\\fnil\\fcharset128 IPAGothic;}}\n");
+              "{\\fonttbl{\\f0\\fswiss\\fcharset0 Arial;}{\\f1\\fmodern\\fprq1\\fcharset128 "
+              "IPAGothic{\\*\\falt Courier New};}}\n");
     EXPECT_EQ(tables.colourTable(), "{\\colortbl;\\red255\\green0\\blue0;}\n");
 
     RtfTables plainTables;
@@ -84,7 +86,8 @@ TEST(RtfWriter, WritesRunsWithFontsSizesColoursAndLinks)
     plain.text(glyphs, nullptr, 0.5f);
     EXPECT_EQ(plain.out().find("HYPERLINK"), std::string::npos);
     EXPECT_NE(plain.out().find("\\fs12"), std::string::npos);
-    EXPECT_NE(plainTables.fontTable().find("ABCDEF+Arial-BoldMT;"), std::string::npos);
+    EXPECT_NE(plainTables.fontTable().find("ABCDEF+Arial-BoldMT{\\*\\falt Arial};"),
+              std::string::npos);
 }
 
 TEST(RtfWriter, WritesPicturesAsHexWithTheirSizes)
