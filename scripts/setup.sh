@@ -13,7 +13,7 @@ packages=(
   clang clang-format clang-tidy libclang-rt-14-dev
   fonts-ipafont-gothic fonts-dejavu-core
   fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea
-  xdg-utils xvfb xauth
+  xdg-utils xvfb xauth bc
   libreoffice-writer-nogui
   scdoc librsvg2-bin desktop-file-utils appstream dpkg-dev file lintian
 )

@@ -72,17 +72,24 @@ void WaitForm::RunConversion()
             const QFileInfo output(state.OutputPath);
             const QDateTime written = output.exists() ? output.lastModified() : QDateTime();
             if (written.isValid() && written > start) {
+                bool toldRichText = false;
                 if (state.DocumentFormat == 1) {
                     SetControlText(*m_labelMessage,
                                    LocalText(6902, QStringLiteral("Finalizing...")));
                     PumpEvents();
-                    FinishWithWord(m_context);
+                    // A file the suite could not finish holds Rich Text Format; the user is
+                    // told so rather than handed it as a Word document. A word processor that
+                    // asked for the file reads either.
+                    if (FinishWithWord(m_context) == 0 && state.HostedByWord == 0) {
+                        ShowMessage(this, KeepAsRichText(state), MessageIcon::Exclamation);
+                        toldRichText = true;
+                    }
                 }
                 PumpEvents();
                 if (state.HostedByWord == 0) {
                     if (state.LaunchWord == 1)
                         OpenDocument(nullptr, state.OutputPath, qint16{-1});
-                    else
+                    else if (!toldRichText)
                         ShowMessage(this, LocalText(6903, QStringLiteral("Conversion finished")),
                                     MessageIcon::Information);
                 }

@@ -7,6 +7,7 @@
 #include "platform/ProcessUtilityLibrary.h"
 #include "run/RunState.h"
 #include "services/Events.h"
+#include "services/Localisation.h"
 #include "services/TempFiles.h"
 
 #include <QByteArray>
@@ -15,7 +16,6 @@
 #include <QFileInfo>
 #include <QList>
 #include <QSaveFile>
-#include <QTemporaryDir>
 
 #include <memory>
 #include <optional>
@@ -27,6 +27,8 @@ constexpr qint32 LowestFinishingVersion = 0x00090000;
 // its start added is found in the process table and ended by id.
 constexpr qint32 QuitThroughObjectVersion = 0x00110000;
 constexpr qint32 WaitSliceMs = 100;
+constexpr qint64 BaseTimeLimitMs = 120000;
+constexpr qint64 TimeLimitPerMegabyteMs = 60000;
 
 QList<qint32> RunningOfficeProcesses(ProcessUtilityLibrary& processes)
 {
@@ -49,13 +51,25 @@ qint32 FindNewProcess(ProcessUtilityLibrary& processes, const QList<qint32>& bef
     return 0;
 }
 
-// Waits in short slices so that the dialogs stay alive; false when the suite hangs.
-bool WaitForConversion(OfficeProcess& office)
+// Waits in short slices so that the dialogs stay alive; false when the suite has hung (no
+// processor time for a while) or has run past the limit for the document.
+bool WaitForConversion(OfficeProcess& office, qint64 documentBytes)
 {
-    for (qint32 waited = 0; waited < OfficeHangLimitMs; waited += WaitSliceMs) {
+    const qint64 limitMs = OfficeTimeLimitMs(documentBytes);
+    qint64 lastWork = office.ProcessorTimeMs();
+    qint64 idleMs = 0;
+    for (qint64 waited = 0; waited < limitMs; waited += WaitSliceMs) {
         if (office.WaitForEnd(WaitSliceMs))
             return true;
         PumpEvents();
+        const qint64 work = office.ProcessorTimeMs();
+        // Where the suite's work can't be seen, only the time limit counts.
+        if (work < 0 || work != lastWork) {
+            lastWork = work;
+            idleMs = 0;
+        } else if ((idleMs += WaitSliceMs) >= OfficeIdleLimitMs) {
+            return false;
+        }
     }
     return false;
 }
@@ -89,6 +103,11 @@ bool ReplaceWithConverted(const QString& target, const QString& outputDirectory)
 
 }  // namespace
 
+qint64 OfficeTimeLimitMs(qint64 documentBytes)
+{
+    return BaseTimeLimitMs + documentBytes * TimeLimitPerMegabyteMs / (1024 * 1024);
+}
+
 qint16 FinishWithWord(AppContext& context)
 {
     // A relative target is where the engine wrote it: in the directory current until now.
@@ -102,7 +121,7 @@ qint16 FinishWithWord(AppContext& context)
     if (version < LowestFinishingVersion)
         return result;
 
-    std::optional<QTemporaryDir> workDirectory;
+    std::optional<TempFolder> workDirectory;
     std::unique_ptr<OfficeProcess> office;
     qint32 newProcess = 0;
 
@@ -112,24 +131,24 @@ qint16 FinishWithWord(AppContext& context)
         const QString program = suite.FindProgram();
         if (program.isEmpty())
             return false;
-        // The profile and the copy live in a private folder with the program's temporary
-        // prefix; the profile being our own keeps a suite the user has open out of this.
-        workDirectory.emplace(QDir::tempPath() + u'/' + TempFilePrefix + QStringLiteral("XXXXXX"));
-        if (!workDirectory->isValid())
+        // The copy and the suite's own temporary files live in a private folder with the
+        // program's temporary prefix, which goes at the end and which a later sweep finds if
+        // this run is killed.
+        workDirectory.emplace();
+        if (!workDirectory->IsValid())
             return false;
-        const QDir work(workDirectory->path());
-        if (!work.mkdir(QStringLiteral("profile")) || !work.mkdir(QStringLiteral("out")))
+        const QDir work(workDirectory->Path());
+        if (!work.mkdir(QStringLiteral("out")))
             return false;
-        const OfficeJob job{target, work.filePath(QStringLiteral("out")),
-                            work.filePath(QStringLiteral("profile"))};
-        office = suite.StartConversion(program, job, [] { PumpEvents(); });
+        const OfficeJob job{target, work.filePath(QStringLiteral("out")), work.path()};
+        office = suite.StartConversion(program, job);
         if (!office)
             return false;
 
         if (version < QuitThroughObjectVersion)
             newProcess = FindNewProcess(processes, before);
 
-        if (!WaitForConversion(*office) || !office->Succeeded())
+        if (!WaitForConversion(*office, QFileInfo(target).size()) || !office->Succeeded())
             return false;
         return ReplaceWithConverted(target, job.outputDirectory);
     };
@@ -147,4 +166,19 @@ qint16 FinishWithWord(AppContext& context)
     office.reset();
     workDirectory.reset();
     return result;
+}
+
+QString KeepAsRichText(RunState& state)
+{
+    const QFileInfo written(state.OutputPath);
+    const QString richText =
+        written.absolutePath() + u'/' + written.completeBaseName() + QStringLiteral(".rtf");
+    // The rename never replaces a file that is there already.
+    if (written.suffix().compare(QStringLiteral("rtf"), Qt::CaseInsensitive) != 0 &&
+        QFile::rename(state.OutputPath, richText))
+        state.OutputPath = richText;
+    return LocalText(PlatformTexts::SavedAsRichText,
+                     QStringLiteral("The document could not be saved in Word format, so it was "
+                                    "saved as Rich Text Format:\n%1"))
+        .arg(QDir::toNativeSeparators(state.OutputPath));
 }

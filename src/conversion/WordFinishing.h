@@ -7,12 +7,23 @@
 #include <QtGlobal>
 
 struct AppContext;
+struct RunState;
+class QString;
 
-// How long the office suite may work on one document before it counts as hung and is ended;
-// the file then stays as the engine wrote it.
-inline constexpr qint32 OfficeHangLimitMs = 120000;
+// A suite that has used no processor time for this long has hung and is ended; one that is at
+// work is left to it, up to OfficeTimeLimitMs.
+inline constexpr qint32 OfficeIdleLimitMs = 60000;
+
+// How long the suite may take for a document of `documentBytes` however busy it is: two minutes
+// and a minute per megabyte, about three times what it needs on a slow machine.
+qint64 OfficeTimeLimitMs(qint64 documentBytes);
 
 // Finishes the file at OutputPath: -1 when it now holds the Word document, 0 when it holds
 // what the engine wrote. One file stays at OutputPath, and nothing is left beside it. No
 // failure is shown; the working directory is the application directory meanwhile.
 qint16 FinishWithWord(AppContext& context);
+
+// After a finishing that failed: the file holds Rich Text Format, so it takes the ".rtf"
+// extension when no file of that name exists (OutputPath follows it). Gives the message that
+// tells the user so.
+QString KeepAsRichText(RunState& state);

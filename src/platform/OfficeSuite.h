@@ -1,27 +1,29 @@
 #pragma once
 
 // The office suite that turns the engine's Rich Text Format into a real Word 97-2003 document.
-// On this platform it is LibreOffice, run headless on one document at a time with a private
-// user profile, so that a LibreOffice the user has open is never handed the job.
+// On this platform it is LibreOffice, run headless on one document at a time with a user
+// profile of the program's own, so that a LibreOffice the user has open is never handed the job.
+// The profile is kept in the user's cache between runs: building one costs a good part of a
+// conversion.
 
 #include <QString>
 #include <QtGlobal>
 
-#include <functional>
 #include <memory>
 
 // The name under which the suite's worker processes appear in the process table.
 inline const QString OfficeProcessName = QStringLiteral("soffice.bin");
 
-// One conversion: all paths absolute, both directories private to the caller.
+// One conversion: all paths absolute, both folders private to the caller.
 struct OfficeJob final
 {
     // The document to convert: Rich Text Format, whatever its extension.
     QString source;
     // Where the converted copy is written, under the source's file name.
     QString outputDirectory;
-    // The private user profile. The suite fills it on first use.
-    QString profileDirectory;
+    // The suite's own temporary files go here, and a profile of its own when the kept one is
+    // in use by another conversion.
+    QString workDirectory;
 };
 
 // A started office process: the stand-in for the word processor's automation object.
@@ -38,6 +40,9 @@ public:
     virtual bool Succeeded() = 0;
     // Asks the process to end, and ends it by force if it doesn't.
     virtual void Quit() = 0;
+    // The processor time it has used so far, in milliseconds, which tells a suite at work from
+    // a hung one; -1 when it can't be told.
+    virtual qint64 ProcessorTimeMs() = 0;
 };
 
 class OfficeSuite
@@ -47,13 +52,17 @@ public:
 
     // The full path of the suite's program, empty when none is installed or it can't be run.
     virtual QString FindProgram() = 0;
-    // Starts `program` headless on `job`. A profile that is new is made ready first, which can
-    // take a moment: `whileWaiting` runs between the short slices of that wait (it may be
-    // empty). Null when the program can't be started.
-    virtual std::unique_ptr<OfficeProcess>
-    StartConversion(const QString& program, const OfficeJob& job,
-                    const std::function<void()>& whileWaiting) = 0;
+    // Starts `program` headless on `job`; null when the program can't be started.
+    virtual std::unique_ptr<OfficeProcess> StartConversion(const QString& program,
+                                                           const OfficeJob& job) = 0;
 };
 
-// The suite installed on this system.
+// LibreOffice with its profile kept in `profileHome`: made by the first conversion, and made
+// anew after a conversion that failed with it.
+std::unique_ptr<OfficeSuite> CreateLibreOffice(const QString& profileHome);
+
+// The user's place for that profile: the program's folder in the cache ($XDG_CACHE_HOME).
+QString OfficeProfileHome();
+
+// The suite installed on this system, with the profile in the user's cache.
 OfficeSuite& InstalledOfficeSuite();

@@ -30,8 +30,7 @@ bool Japanese()
 struct NoOfficeSuite final : OfficeSuite
 {
     QString FindProgram() override { return {}; }
-    std::unique_ptr<OfficeProcess> StartConversion(const QString&, const OfficeJob&,
-                                                   const std::function<void()>&) override
+    std::unique_ptr<OfficeProcess> StartConversion(const QString&, const OfficeJob&) override
     {
         return nullptr;
     }
@@ -219,6 +218,50 @@ TEST_F(ConversionRunTest, CancelInTheFallbackOrTheSaveDialogKeepsTheDialogOpen)
                      [](QWidget& dialog) { static_cast<QFileDialog&>(dialog).reject(); });
     EXPECT_FALSE(AskOutputFile(env.context, nullptr));
     EXPECT_EQ(env.state.OutputPath, work.filePath(QStringLiteral("-out 日本.rtf")));
+}
+
+// A .doc that the office suite could not finish holds Rich Text Format: the user is told, and
+// it takes the .rtf name unless that would replace a file. A hosted run keeps its name.
+TEST_F(ConversionRunTest, FailedFinishingIsToldAndTheFileNamedForWhatItHolds)
+{
+    struct Row
+    {
+        const char* name;
+        qint16 hosted;
+        bool rtfExists;
+        const char* kept;  // the file that holds the engine's output afterwards
+    };
+    const Row rows[] = {{"renamed", 0, false, "out.rtf"},
+                        {"rtf taken", 0, true, "out.doc"},
+                        {"hosted", -1, false, "out.doc"}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        QTemporaryDir folder;
+        FakeOfficeSuite word;
+        word.programPath = QStringLiteral("/usr/lib/office/soffice.bin");
+        word.run.succeeds = false;
+        env.context.officeSuite = &word;
+        env.processUtility.fileVersions.insert(word.programPath, 0x00070004);
+        env.state.DocumentFormat = 1;
+        env.state.HostedByWord = row.hosted;
+        env.state.OutputPath = folder.filePath(QStringLiteral("out.doc"));
+        if (row.rtfExists)
+            WriteFile(folder.filePath(QStringLiteral("out.rtf")), "theirs");
+
+        MessageBoxWatch seen;
+        Run();
+        ProcessPendingEvents();
+        const QString kept = folder.filePath(QString::fromUtf8(row.kept));
+        EXPECT_TRUE(ReadFile(kept).startsWith("{\\rtf1"));
+        EXPECT_EQ(env.state.OutputPath, kept);
+        if (row.rtfExists) {
+            EXPECT_EQ(ReadFile(folder.filePath(QStringLiteral("out.rtf"))), QByteArray("theirs"));
+        }
+        ASSERT_EQ(seen.Count(), row.hosted ? 0 : 1) << "and no second box saying it finished";
+        if (!row.hosted) {
+            EXPECT_TRUE(seen.Texts().first().contains(kept)) << seen.Texts().first().toStdString();
+        }
+    }
 }
 
 // The name typed into the save dialog is written with the format's extension; the replace

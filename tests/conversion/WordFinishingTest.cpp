@@ -225,7 +225,8 @@ struct FailureRow
 {
     const char* name;
     bool startFails;
-    qint32 runsForMs;
+    qint32 runsForMs;  // -1: never ends by itself
+    FakeOfficeRun::Work working;
     bool succeeds;
     bool writesCopy;
     qint32 officeVersion;
@@ -244,6 +245,7 @@ TEST_P(FinishingFails, KeepsTheEnginesFileAndStillEndsTheSuite)
     SetVersion(row.officeVersion);
     m_env.officeSuite.startFails = row.startFails;
     m_env.officeSuite.run.runsForMs = row.runsForMs;
+    m_env.officeSuite.run.working = row.working;
     m_env.officeSuite.run.succeeds = row.succeeds;
     m_writesCopy = row.writesCopy;
     m_env.processUtility.quitResult = 1;
@@ -260,19 +262,27 @@ TEST_P(FinishingFails, KeepsTheEnginesFileAndStillEndsTheSuite)
     ExpectCleanEnd();
 }
 
+// The engine's file is a short one: the time limit is about two minutes.
+const qint32 SmallLimitSlices =
+    static_cast<qint32>((OfficeTimeLimitMs(EngineOutput.size()) + 99) / 100);
+constexpr qint32 IdleSlices = OfficeIdleLimitMs / 100;
+
 INSTANTIATE_TEST_SUITE_P(
     Rows, FinishingFails,
-    ::testing::Values(FailureRow{"StartFails", true, 0, true, false, LibreOffice74, "", 0, 0},
-                      FailureRow{"HangsOnProcessRoute", false, -1, true, true, LibreOffice74,
-                                 "QuitProcess(700)", 0, OfficeHangLimitMs / 100},
-                      FailureRow{"HangsOnQuitRoute", false, -1, true, true, LibreOffice80, "", 1,
-                                 OfficeHangLimitMs / 100},
-                      FailureRow{"EndsJustAfterTheLimit", false, OfficeHangLimitMs + 1, true, true,
-                                 LibreOffice80, "", 1, OfficeHangLimitMs / 100},
-                      FailureRow{"ReportsFailure", false, 200, false, true, LibreOffice74,
-                                 "QuitProcess(700)", 0, 2},
-                      FailureRow{"WritesNothing", false, 0, true, false, LibreOffice74,
-                                 "QuitProcess(700)", 0, 1}),
+    ::testing::Values(FailureRow{"StartFails", true, 0, FakeOfficeRun::Busy, true, false,
+                                 LibreOffice74, "", 0, 0},
+                      FailureRow{"IdleOnProcessRoute", false, -1, FakeOfficeRun::Idle, true, true,
+                                 LibreOffice74, "QuitProcess(700)", 0, IdleSlices},
+                      FailureRow{"IdleOnQuitRoute", false, -1, FakeOfficeRun::Idle, true, true,
+                                 LibreOffice80, "", 1, IdleSlices},
+                      FailureRow{"BusyPastTheLimit", false, -1, FakeOfficeRun::Busy, true, true,
+                                 LibreOffice80, "", 1, SmallLimitSlices},
+                      FailureRow{"UnseenPastTheLimit", false, -1, FakeOfficeRun::Unseen, true, true,
+                                 LibreOffice80, "", 1, SmallLimitSlices},
+                      FailureRow{"ReportsFailure", false, 200, FakeOfficeRun::Busy, false, true,
+                                 LibreOffice74, "QuitProcess(700)", 0, 2},
+                      FailureRow{"WritesNothing", false, 0, FakeOfficeRun::Busy, true, false,
+                                 LibreOffice74, "QuitProcess(700)", 0, 1}),
     RowName<FinishingFails::ParamType>);
 
 class FinishingJob : public FinishingFixture, public ::testing::Test
@@ -293,15 +303,21 @@ TEST_F(FinishingJob, WaitsInShortSlicesAndKeepsTheDialogsAlive)
     EXPECT_EQ(m_env.officeSuite.run.waitedMs, 400);
 }
 
-TEST_F(FinishingJob, ASuiteThatEndsOnTheLastSliceHasNotHung)
+TEST_F(FinishingJob, ASuiteAtWorkIsGivenTimeThatGrowsWithTheDocument)
 {
     SetVersion(LibreOffice74);
-    m_env.officeSuite.run.runsForMs = OfficeHangLimitMs;
+    // A large document: the suite works for five minutes, longer than idle or two minutes.
+    QFile big(m_target);
+    ASSERT_TRUE(big.open(QIODevice::Append));
+    big.write(QByteArray(8 * 1024 * 1024, ' '));
+    big.close();
+    m_env.officeSuite.run.runsForMs = 300000;
+    EXPECT_GT(OfficeTimeLimitMs(big.size()), 300000);
 
     EXPECT_EQ(FinishWithWord(m_env.context), -1);
 
     EXPECT_EQ(ReadAll(m_target), Converted);
-    EXPECT_EQ(m_env.officeSuite.run.waits, OfficeHangLimitMs / 100);
+    EXPECT_EQ(m_env.officeSuite.run.waits, 3000);
 }
 
 TEST_F(FinishingJob, ConvertsTheTargetByItsFullNameInPrivateFolders)
@@ -328,12 +344,11 @@ TEST_F(FinishingJob, ConvertsTheTargetByItsFullNameInPrivateFolders)
     EXPECT_EQ(job.source, QDir(m_targetDir.path()).filePath(QStringLiteral("sub dir/") + name));
     EXPECT_EQ(ReadAll(target), Converted);
     EXPECT_EQ(Entries(QFileInfo(target).absolutePath()), QStringList{name});
-    // Profile and copy lie apart from each other, in a folder of the program's own that the
+    // The copy and the suite's own files lie in a folder of the program's own that the
     // end-of-run sweep would know by its prefix, and that is gone now.
-    EXPECT_NE(job.profileDirectory, job.outputDirectory);
     ASSERT_EQ(foldersDuringRun.size(), 1);
     const QString work = QDir(QDir::tempPath()).filePath(foldersDuringRun.first());
-    EXPECT_TRUE(job.profileDirectory.startsWith(work + u'/'));
+    EXPECT_EQ(job.workDirectory, work);
     EXPECT_TRUE(job.outputDirectory.startsWith(work + u'/'));
     EXPECT_FALSE(QFileInfo::exists(work));
     EXPECT_EQ(QDir::currentPath(), QDir(m_targetDir.path()).canonicalPath());
@@ -351,9 +366,10 @@ TEST_F(FinishingJob, KeepsTheTargetsPermissions)
     EXPECT_FALSE(permissions & (QFileDevice::ReadGroup | QFileDevice::ReadOther));
 }
 
-// The installed suite's process handling, with a stand-in program in the suite's place: it
-// logs its arguments, asks for a restart after its first profile set-up as LibreOffice does,
-// and then converts, fails or hangs as told.
+// The suite's process and profile handling, with a stand-in program in the suite's place: it
+// logs its arguments and temporary folder, asks for a restart when it finds a profile without
+// its user folder (as LibreOffice does after setting one up), and then converts, fails or hangs
+// as told.
 class SuiteStandIn : public ::testing::Test
 {
 protected:
@@ -364,77 +380,116 @@ protected:
         WriteAll(m_program, "#!/bin/sh\n"
                             "here=$(dirname \"$0\")\n"
                             "for a in \"$@\"; do printf '[%s]' \"$a\"; done >> \"$here/log\"\n"
-                            "echo >> \"$here/log\"\n"
-                            "case \"$*\" in *--terminate_after_init*)\n"
-                            "  [ -e \"$here/restarted\" ] && exit 0\n"
-                            "  touch \"$here/restarted\"; exit 81;;\n"
-                            "esac\n"
+                            "printf '\\n[TMPDIR=%s]\\n' \"$TMPDIR\" >> \"$here/log\"\n"
+                            "mkdir \"$TMPDIR/lu1.tmp\"\n"
+                            "for a in \"$@\"; do case $a in -env:UserInstallation=file://*)\n"
+                            "  profile=${a#-env:UserInstallation=file://};; esac; done\n"
+                            "[ -d \"$profile/user\" ] || { mkdir -p \"$profile/user\"; exit 81; }\n"
                             "case $(cat \"$here/mode\") in\n"
                             "  hang) exec sleep 600;;\n"
                             "  fail) exit 1;;\n"
                             "esac\n");
         QFile::setPermissions(m_program, QFile::permissions(m_program) | QFileDevice::ExeOwner);
-        ASSERT_TRUE(dir.mkpath(QStringLiteral("profile")));
-        ASSERT_TRUE(dir.mkpath(QStringLiteral("out")));
-        m_job = {dir.filePath(QStringLiteral("-a 'b' $(c); \u65E5.doc")),
-                 dir.filePath(QStringLiteral("out")), dir.filePath(QStringLiteral("profile"))};
+        m_suite = CreateLibreOffice(dir.filePath(QStringLiteral("cache")));
     }
 
-    std::unique_ptr<OfficeProcess> Start(const QByteArray& mode)
+    OfficeJob Job(const QString& work)
+    {
+        const QDir dir(m_dir.path());
+        EXPECT_TRUE(dir.mkpath(work + QStringLiteral("/out")));
+        return {dir.filePath(QStringLiteral("-a 'b' $(c); \u65E5.doc")),
+                dir.filePath(work + QStringLiteral("/out")), dir.filePath(work)};
+    }
+
+    std::unique_ptr<OfficeProcess> Start(const QByteArray& mode, const QString& work)
     {
         WriteAll(QDir(m_dir.path()).filePath(QStringLiteral("mode")), mode);
-        return InstalledOfficeSuite().StartConversion(m_program, m_job, {});
+        return m_suite->StartConversion(m_program, Job(work));
     }
 
-    QStringList Log() const
+    // Each start of the program: its arguments, then its temporary folder.
+    QList<QStringList> Starts() const
     {
-        return QString::fromUtf8(ReadAll(QDir(m_dir.path()).filePath(QStringLiteral("log"))))
-            .split(u'\n', Qt::SkipEmptyParts);
+        const QStringList lines =
+            QString::fromUtf8(ReadAll(QDir(m_dir.path()).filePath(QStringLiteral("log"))))
+                .split(u'\n', Qt::SkipEmptyParts);
+        QList<QStringList> starts;
+        for (qsizetype i = 0; i + 1 < lines.size(); i += 2)
+            starts.append({lines[i], lines[i + 1]});
+        return starts;
+    }
+
+    QString ProfileArgument(const QString& profile) const
+    {
+        return QStringLiteral("[-env:UserInstallation=") +
+               QUrl::fromLocalFile(QDir(m_dir.path()).filePath(profile))
+                   .toString(QUrl::FullyEncoded) +
+               u']';
     }
 
     QTemporaryDir m_dir;
     QString m_program;
-    OfficeJob m_job;
+    std::unique_ptr<OfficeSuite> m_suite;
 };
 
-TEST_F(SuiteStandIn, SetsUpTheProfileThenConvertsWithEveryNameAsAUrl)
+TEST_F(SuiteStandIn, KeptProfileIsMadeOnceAndThenEachConversionIsOneStart)
 {
-    const auto process = Start("ok");
-    ASSERT_TRUE(process);
-    ASSERT_TRUE(process->WaitForEnd(10000));
-    EXPECT_TRUE(process->Succeeded());
-
-    const QString profile =
-        QStringLiteral("[-env:UserInstallation=") +
-        QUrl::fromLocalFile(m_job.profileDirectory).toString(QUrl::FullyEncoded) + u']';
-    const QStringList log = Log();
-    ASSERT_EQ(log.size(), 3);
-    // The restart that a new profile asks for happens before the conversion starts.
-    for (int run = 0; run < 2; ++run) {
-        EXPECT_TRUE(log[run].startsWith(QStringLiteral("[--headless]")));
-        EXPECT_TRUE(log[run].contains(profile));
-        EXPECT_TRUE(log[run].endsWith(QStringLiteral("[--terminate_after_init]")));
+    for (const char* work : {"w1", "w2"}) {
+        const auto process = Start("ok", QString::fromLatin1(work));
+        ASSERT_TRUE(process);
+        ASSERT_TRUE(process->WaitForEnd(10000));
+        EXPECT_TRUE(process->Succeeded());
     }
-    EXPECT_TRUE(log[2].contains(profile));
-    EXPECT_TRUE(log[2].endsWith(
+
+    const QList<QStringList> starts = Starts();
+    ASSERT_EQ(starts.size(), 3) << "a restart for the new profile, then one start each";
+    const OfficeJob job = Job(QStringLiteral("w2"));
+    for (const QStringList& start : starts) {
+        EXPECT_TRUE(start[0].startsWith(QStringLiteral("[--headless]")));
+        EXPECT_TRUE(start[0].contains(ProfileArgument(QStringLiteral("cache/office-profile"))));
+    }
+    EXPECT_TRUE(starts[2][0].endsWith(
         QStringLiteral("[--infilter=Rich Text Format][--convert-to][doc:MS Word 97][--outdir][") +
-        QUrl::fromLocalFile(m_job.outputDirectory).toString(QUrl::FullyEncoded) +
-        QStringLiteral("][") + QUrl::fromLocalFile(m_job.source).toString(QUrl::FullyEncoded) +
-        u']'))
-        << log[2].toStdString();
-    EXPECT_TRUE(log[2].contains(QStringLiteral("file:///")));
+        QUrl::fromLocalFile(job.outputDirectory).toString(QUrl::FullyEncoded) +
+        QStringLiteral("][") + QUrl::fromLocalFile(job.source).toString(QUrl::FullyEncoded) + u']'))
+        << starts[2][0].toStdString();
+    // The suite's own temporary files go to the job's folder, not the user's.
+    EXPECT_EQ(starts[2][1], QStringLiteral("[TMPDIR=") + job.workDirectory + "/tmp]");
+    EXPECT_TRUE(QFileInfo::exists(job.workDirectory + "/tmp/lu1.tmp"));
 }
 
-TEST_F(SuiteStandIn, TellsFailureAndEndsAHungProcessWhenAskedToQuit)
+TEST_F(SuiteStandIn, AConversionWhileTheKeptProfileIsInUseGetsAProfileOfItsOwn)
 {
-    const auto failing = Start("fail");
-    ASSERT_TRUE(failing);
-    ASSERT_TRUE(failing->WaitForEnd(10000));
-    EXPECT_FALSE(failing->Succeeded());
+    const auto first = Start("hang", QStringLiteral("w1"));
+    ASSERT_TRUE(first);
+    const auto second = Start("ok", QStringLiteral("w2"));
+    ASSERT_TRUE(second);
+    ASSERT_TRUE(second->WaitForEnd(10000));
+    EXPECT_TRUE(second->Succeeded());
+    first->Quit();
 
-    const auto hanging = Start("hang");
+    bool ownProfileUsed = false;
+    for (const QStringList& start : Starts())
+        ownProfileUsed = ownProfileUsed || start[0].contains(ProfileArgument("w2/profile"));
+    EXPECT_TRUE(ownProfileUsed);
+}
+
+TEST_F(SuiteStandIn, FailureDiscardsTheKeptProfileAndAHungProcessEndsWhenAskedToQuit)
+{
+    const QString kept = QDir(m_dir.path()).filePath(QStringLiteral("cache/office-profile"));
+    {
+        const auto failing = Start("fail", QStringLiteral("w1"));
+        ASSERT_TRUE(failing);
+        ASSERT_TRUE(failing->WaitForEnd(10000));
+        EXPECT_FALSE(failing->Succeeded());
+        EXPECT_TRUE(QFileInfo::exists(kept));
+    }
+    EXPECT_FALSE(QFileInfo::exists(kept)) << "the next conversion makes a new one";
+
+    const auto hanging = Start("hang", QStringLiteral("w2"));
     ASSERT_TRUE(hanging);
     EXPECT_FALSE(hanging->WaitForEnd(300));
+    EXPECT_GE(hanging->ProcessorTimeMs(), 0);
     hanging->Quit();
     EXPECT_TRUE(hanging->WaitForEnd(0));
     EXPECT_FALSE(hanging->Succeeded());
@@ -442,8 +497,8 @@ TEST_F(SuiteStandIn, TellsFailureAndEndsAHungProcessWhenAskedToQuit)
 
 TEST_F(SuiteStandIn, AProgramThatCantStartGivesNoProcess)
 {
-    EXPECT_FALSE(
-        InstalledOfficeSuite().StartConversion(m_program + QStringLiteral(".missing"), m_job, {}));
+    EXPECT_FALSE(m_suite->StartConversion(m_program + QStringLiteral(".missing"),
+                                          Job(QStringLiteral("w1"))));
 }
 
 // The real office suite on a real file, beside a LibreOffice of someone else's that must
@@ -477,14 +532,20 @@ protected:
                                      QUrl::fromLocalFile(profile).toString(QUrl::FullyEncoded)};
         // A new profile makes the first run ask for a restart, so it is made first.
         QProcess setup;
+        QProcessEnvironment setupEnvironment = QProcessEnvironment::systemEnvironment();
+        setupEnvironment.insert(QStringLiteral("TMPDIR"), m_otherTemp.path());
+        setup.setProcessEnvironment(setupEnvironment);
         setup.start(m_program, common + QStringList{QStringLiteral("--terminate_after_init")});
         if (!setup.waitForFinished(60000))
             return false;
+        // Its temporary files go elsewhere, so that ours can be told apart.
+        m_other.setProcessEnvironment(setupEnvironment);
         m_other.start(m_program, common);
         return m_other.waitForStarted(10000);
     }
 
     QString m_program;
+    QTemporaryDir m_otherTemp;
     QProcess m_other;
 };
 
@@ -509,13 +570,19 @@ TEST_F(RealOffice, WritesAWordDocumentInPlaceAndLeavesOtherOfficesAlone)
                        *library, geometry,        QStringLiteral(VELMORA_APP_DIR)};
     const qint32 before = library->GetProcessCount(OfficeProcessName);
     ASSERT_GE(before, 1);
+    const QStringList tempBefore = Entries(QDir::tempPath());
 
     EXPECT_EQ(FinishWithWord(context), -1);
 
     EXPECT_TRUE(ReadAll(target).startsWith(OleMagic));
     EXPECT_EQ(Entries(targetDir.path()), QStringList{name});
-    EXPECT_TRUE(
-        Entries(QDir::tempPath()).filter(QRegularExpression(QStringLiteral("^~SV"))).isEmpty());
+    // Neither our folders nor the suite's own temporary files stay behind.
+    QStringList added = Entries(QDir::tempPath());
+    for (const QString& entry : tempBefore)
+        added.removeAll(entry);
+    EXPECT_TRUE(added.isEmpty()) << added.join(u' ').toStdString();
+    EXPECT_TRUE(QFileInfo::exists(OfficeProfileHome() + QStringLiteral("/office-profile/user")))
+        << "the profile is kept for the next run";
     EXPECT_EQ(m_other.state(), QProcess::Running);
     EXPECT_EQ(library->GetProcessCount(OfficeProcessName), before);
 }

@@ -157,6 +157,12 @@ public:
             m_run.succeeds = false;
         }
     }
+    qint64 ProcessorTimeMs() override
+    {
+        if (!m_run.working)
+            return 0;
+        return m_run.working == FakeOfficeRun::Unseen ? -1 : m_run.waitedMs;
+    }
 
 private:
     FakeOfficeRun& m_run;
@@ -170,11 +176,9 @@ QString FakeOfficeSuite::FindProgram()
     return programPath;
 }
 
-std::unique_ptr<OfficeProcess>
-FakeOfficeSuite::StartConversion(const QString& program, const OfficeJob& job,
-                                 const std::function<void()>& whileWaiting)
+std::unique_ptr<OfficeProcess> FakeOfficeSuite::StartConversion(const QString& program,
+                                                                const OfficeJob& job)
 {
-    Q_UNUSED(whileWaiting);
     jobs.append(job);
     programsStarted.append(program);
     if (startFails)

@@ -79,7 +79,12 @@ private:
 // One conversion of FakeOfficeSuite: how the test scripts it and what was done to it.
 struct FakeOfficeRun final
 {
-    qint32 runsForMs = 0;  // waited-for time after which the process ends; -1: it hangs
+    // Whether the process uses processor time while it runs: Busy for all the time waited,
+    // Idle none at all, Unseen when its work can't be told.
+    enum Work { Idle, Busy, Unseen };
+
+    qint32 runsForMs = 0;  // waited-for time after which the process ends; -1: it never does
+    Work working = Busy;
     bool succeeds = true;  // how it ends
     qint32 waits = 0;      // WaitForEnd calls
     qint32 waitedMs = 0;   // their timeouts added up, until the process ended
@@ -95,9 +100,8 @@ struct FakeOfficeRun final
 struct FakeOfficeSuite final : OfficeSuite
 {
     QString FindProgram() override;
-    std::unique_ptr<OfficeProcess>
-    StartConversion(const QString& program, const OfficeJob& job,
-                    const std::function<void()>& whileWaiting) override;
+    std::unique_ptr<OfficeProcess> StartConversion(const QString& program,
+                                                   const OfficeJob& job) override;
 
     QString programPath;
     bool startFails = false;
