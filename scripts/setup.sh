@@ -7,7 +7,7 @@ packages=(
   build-essential cmake ninja-build pkg-config git ccache
   qt6-base-dev qt6-base-dev-tools libqt6svg6
   libgl-dev libxkbcommon-dev
-  libx11-dev
+  libx11-dev libglib2.0-dev
   libmupdf-dev mupdf-tools libmujs-dev libgumbo-dev libopenjp2-7-dev libjbig2dec0-dev
   libgtest-dev googletest
   clang clang-format clang-tidy libclang-rt-14-dev

@@ -36,7 +36,7 @@ int main(int argc, char** argv)
     const QString applicationDir = QString::fromLocal8Bit(argv[1]);
     RunState state;
     state.OutputPath = QString::fromLocal8Bit(argv[2]);
-    const auto help = CreateHelpViewer();
+    const auto help = CreateHelpViewer(applicationDir);
     const auto processes = LoadProcessUtilityLibrary(applicationDir);
     NoGeometry geometry;
     AppContext context{state, QSettingsShellFactory(), *help, *processes, geometry, applicationDir};

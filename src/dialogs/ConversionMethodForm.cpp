@@ -283,3 +283,8 @@ void ConversionMethodForm::ButtonHelp_Click()
     AppContext& context = m_forms.Context();
     ShowHelpTopic(context.help, context.applicationDir, HelpTopics::ConversionMethod, this);
 }
+
+QString ConversionMethodForm::HelpTopic() const
+{
+    return HelpTopics::ConversionMethod;
+}

@@ -18,6 +18,7 @@ class ConversionMethodForm final : public Form
     Q_OBJECT
 
 public:
+    QString HelpTopic() const override;
     ConversionMethodForm(DialogRuntime& runtime, Forms& forms);
 
     // Shows the run's method and document type and applies the document type's rule; unknown

@@ -254,3 +254,8 @@ void DocumentTypeForm::ButtonHelp_Click()
     AppContext& context = m_forms.Context();
     ShowHelpTopic(context.help, context.applicationDir, HelpTopics::DocumentType, this);
 }
+
+QString DocumentTypeForm::HelpTopic() const
+{
+    return HelpTopics::DocumentType;
+}

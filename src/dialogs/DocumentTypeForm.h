@@ -17,6 +17,7 @@ class DocumentTypeForm final : public Form
     Q_OBJECT
 
 public:
+    QString HelpTopic() const override;
     DocumentTypeForm(DialogRuntime& runtime, Forms& forms);
 
     // Shows the run's document type; an unknown type becomes single-column.

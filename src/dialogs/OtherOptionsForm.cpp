@@ -392,3 +392,8 @@ void OtherOptionsForm::ButtonHelp_Click()
     AppContext& context = m_forms.Context();
     ShowHelpTopic(context.help, context.applicationDir, HelpTopics::Advanced, this);
 }
+
+QString OtherOptionsForm::HelpTopic() const
+{
+    return HelpTopics::Advanced;
+}

@@ -21,6 +21,7 @@ class OtherOptionsForm final : public Form
     Q_OBJECT
 
 public:
+    QString HelpTopic() const override;
     OtherOptionsForm(DialogRuntime& runtime, Forms& forms);
 
     // Shows the run's options and applies the rules between them. A box whose field is not 1

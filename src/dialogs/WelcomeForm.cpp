@@ -325,3 +325,8 @@ void WelcomeForm::Form_Unload()
 {
     SweepTempFiles();
 }
+
+QString WelcomeForm::HelpTopic() const
+{
+    return HelpTopics::Main;
+}

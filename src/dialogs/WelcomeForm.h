@@ -20,6 +20,7 @@ class WelcomeForm final : public Form
     Q_OBJECT
 
 public:
+    QString HelpTopic() const override;
     WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow);
 
     // Writes the dialog's controls into the run's record; always true.

@@ -1,43 +1,45 @@
 #include "platform/HelpViewer.h"
 
+#include "platform/Shell.h"
+
 #include <QFileInfo>
-#include <QProcess>
-#include <QStandardPaths>
-#include <QUrl>
 
 namespace {
 
-// The desktop's standard opener shows the page in the user's browser. It is started directly,
-// never through a shell, and not waited for.
-class DesktopHelpViewer final : public HelpViewer
+const QString ViewerProgram = QStringLiteral("VelmoraHelp");
+
+class ProgramHelpViewer final : public HelpViewer
 {
 public:
-    bool ShowPage(const QString& pageFile, const QString& anchor, QString& error) override
+    explicit ProgramHelpViewer(QString applicationDir)
+        : m_program(applicationDir + u'/' + ViewerProgram)
     {
-        // The opener would start happily and then show nothing for a missing page.
-        if (!QFileInfo(pageFile).isFile()) {
-            error = QStringLiteral("the page does not exist");
-            return false;
-        }
-        const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
-        if (opener.isEmpty()) {
-            error = QStringLiteral("xdg-open is not installed");
-            return false;
-        }
-        QUrl url = QUrl::fromLocalFile(pageFile);
-        if (!anchor.isEmpty())
-            url.setFragment(anchor);
-        if (!QProcess::startDetached(opener, {url.toString()})) {
-            error = QStringLiteral("%1 could not be started").arg(opener);
-            return false;
-        }
-        return true;
     }
+
+    Failure ShowPage(const QString& contentsFile, const QString& pageFile,
+                     const QString& anchor) override
+    {
+        // The viewer would start and then show nothing for a missing page.
+        if (!QFileInfo(pageFile).isFile())
+            return Failure::NoSuchPage;
+        ShellExecuteInfo info;
+        info.verb = QStringLiteral("open");
+        info.file = m_program;
+        info.exactArguments = QStringList{contentsFile, pageFile, anchor};
+        if (!ShellExecuteEx(info))
+            return Failure::ViewerDidNotStart;
+        // Nobody waits for the viewer; it is collected when it ends.
+        CloseHandle(info.process);
+        return Failure::None;
+    }
+
+private:
+    QString m_program;
 };
 
 }  // namespace
 
-std::unique_ptr<HelpViewer> CreateHelpViewer()
+std::unique_ptr<HelpViewer> CreateHelpViewer(const QString& applicationDir)
 {
-    return std::make_unique<DesktopHelpViewer>();
+    return std::make_unique<ProgramHelpViewer>(applicationDir);
 }

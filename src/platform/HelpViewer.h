@@ -1,7 +1,7 @@
 #pragma once
 
-// The help viewer: a separate process that shows one page of the help at an anchor. The real
-// one hands the page to the desktop's standard opener, so the user's browser shows it.
+// The help viewer: a separate process that shows one page of the help at an anchor, with the
+// help's contents page a click away. The real one is the VelmoraHelp program beside ours.
 
 #include <QString>
 
@@ -10,9 +10,13 @@
 class HelpViewer
 {
 public:
+    enum class Failure { None, NoSuchPage, ViewerDidNotStart };
+
     virtual ~HelpViewer() = default;
-    // Starts the viewer without waiting for it. False, with a reason, when it didn't start.
-    virtual bool ShowPage(const QString& pageFile, const QString& anchor, QString& error) = 0;
+    // Starts the viewer without waiting for it.
+    virtual Failure ShowPage(const QString& contentsFile, const QString& pageFile,
+                             const QString& anchor) = 0;
 };
 
-std::unique_ptr<HelpViewer> CreateHelpViewer();
+// The viewer program that lies in `applicationDir`.
+std::unique_ptr<HelpViewer> CreateHelpViewer(const QString& applicationDir);

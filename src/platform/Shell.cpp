@@ -1,11 +1,11 @@
 #include "platform/Shell.h"
 
+#include "platform/DesktopOpener.h"
 #include "run/CommandLine.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QStandardPaths>
 #include <QStringList>
 
 #include <algorithm>
@@ -28,10 +28,6 @@ extern char** environ;
 namespace {
 
 constexpr quint32 Infinite = 0xFFFFFFFFu;
-// The desktop opener normally returns as soon as the application is on its way; one that
-// takes longer is busy showing the document itself, which counts as success.
-constexpr quint32 OpenerPatienceMs = 10000;
-constexpr quint32 OpenerSliceMs = 100;
 constexpr qint64 MaxSliceMs = 1000;
 
 struct ChildProcess final
@@ -185,25 +181,6 @@ quint32 codeForSpawnError(int error, const QString& program)
     }
 }
 
-// xdg-open's own exit codes: 2 a file that does not exist, 3 no tool to open it with, 4 the
-// opening failed (on a bare desktop: nothing is associated with the file).
-quint32 codeForOpenerStatus(int status)
-{
-    if (!WIFEXITED(status))
-        return ShellCodes::GeneralFailure;
-    switch (WEXITSTATUS(status)) {
-    case 0:
-        return ShellCodes::Success;
-    case 2:
-        return ShellCodes::FileNotFound;
-    case 3:
-    case 4:
-        return ShellCodes::NoAssociation;
-    default:
-        return ShellCodes::GeneralFailure;
-    }
-}
-
 bool isOpenVerb(const QString& verb)
 {
     return verb.isEmpty() || verb == QStringLiteral("open");
@@ -212,8 +189,7 @@ bool isOpenVerb(const QString& verb)
 }  // namespace
 
 quint32 ShellExecute(QWidget* ownerWindow, const QString& verb, const QString& file,
-                     const QString& parameters, qint32 showMode,
-                     const std::function<void()>& whileWaiting)
+                     const QString& parameters, qint32 showMode)
 {
     Q_UNUSED(ownerWindow);
     Q_UNUSED(parameters);
@@ -229,29 +205,18 @@ quint32 ShellExecute(QWidget* ownerWindow, const QString& verb, const QString& f
     if (!info.isReadable())
         return ShellCodes::AccessDenied;
 
-    const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
-    if (opener.isEmpty())
+    switch (
+        OpenWithAssociatedApplication(QFile::encodeName(info.absoluteFilePath()).toStdString())) {
+    case OpenResult::Opened:
+        return ShellCodes::Success;
+    case OpenResult::NoAssociation:
         return ShellCodes::NoAssociation;
-    pid_t pid = 0;
-    // The absolute path keeps a name that begins with "-" from reading as an option.
-    if (const int error = spawn(opener, {info.absoluteFilePath()}, pid)) {
-        if (error == ENOMEM || error == EAGAIN)
-            return ShellCodes::OutOfMemory;
-        return ShellCodes::NoAssociation;
+    case OpenResult::OutOfMemory:
+        return ShellCodes::OutOfMemory;
+    case OpenResult::StartFailed:
+        break;
     }
-
-    const ProcessHandle handle = registerChild(pid);
-    for (quint32 waited = 0; waited < OpenerPatienceMs; waited += OpenerSliceMs) {
-        if (WaitForSingleObject(handle, OpenerSliceMs) == WaitResults::Object0)
-            break;
-        if (whileWaiting)
-            whileWaiting();
-    }
-    ChildProcess& child = children().at(static_cast<quint64>(handle));
-    const bool ended = reap(child);
-    const int status = child.status;
-    CloseHandle(handle);
-    return ended ? codeForOpenerStatus(status) : ShellCodes::Success;
+    return ShellCodes::GeneralFailure;
 }
 
 bool ShellExecuteEx(ShellExecuteInfo& info)

@@ -10,7 +10,6 @@
 
 #include <QStringList>
 
-#include <functional>
 #include <optional>
 
 class QWidget;
@@ -45,14 +44,12 @@ inline constexpr quint32 Timeout = 258;
 inline constexpr quint32 Failed = 0xFFFFFFFFu;
 }  // namespace WaitResults
 
-// Opens `file` with the desktop's standard opener, which hands it to the user's associated
-// application. `whileWaiting` runs between the short slices in which the opener is waited
-// for, so that windows stay alive; it may be empty. Only the verbs "open" and "" are known.
-// Owner window and show mode have no meaning for this desktop and are taken for the shape of
-// the call only.
+// Opens `file` in the application the desktop associates with its type, and returns as soon
+// as that application is on its way: nothing waits for it. Only the verbs "open" and "" are
+// known. Owner window and show mode have no meaning for this desktop and are taken for the
+// shape of the call only.
 quint32 ShellExecute(QWidget* ownerWindow, const QString& verb, const QString& file,
-                     const QString& parameters, qint32 showMode,
-                     const std::function<void()>& whileWaiting = {});
+                     const QString& parameters, qint32 showMode);
 
 // What a program start is given and what it gives back.
 struct ShellExecuteInfo final

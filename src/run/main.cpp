@@ -12,6 +12,7 @@
 #include "platform/WindowGeometry.h"
 #include "run/CommandLine.h"
 #include "run/RunState.h"
+#include "services/Help.h"
 
 #include <QApplication>
 #include <QStringList>
@@ -31,13 +32,21 @@ int main(int argc, char** argv)
     // The program ends when its last dialog is unloaded, not when a window happens to close.
     QApplication::setQuitOnLastWindowClosed(false);
 
-    const auto help = CreateHelpViewer();
+    const auto help = CreateHelpViewer(applicationDir);
     const auto processUtility = LoadProcessUtilityLibrary(applicationDir);
     const auto geometry = CreateWindowGeometry();
     AppContext context{state,     QSettingsShellFactory(), *help, *processUtility,
                        *geometry, applicationDir};
 
     DialogRuntime runtime;
+    // F1 in any dialog: its own topic, or the help's start page.
+    runtime.SetHelpHandler([&](Form& form) {
+        const QString topic = form.HelpTopic();
+        if (topic.isEmpty())
+            ShowApplicationHelp(*help, &form);
+        else
+            ShowHelpTopic(*help, applicationDir, topic, &form);
+    });
     QObject::connect(&runtime, &DialogRuntime::AllUnloaded, &app, &QCoreApplication::quit,
                      Qt::QueuedConnection);
     const auto pdfAccess = CreatePdfAccessLibrary();

@@ -1,7 +1,10 @@
 #include "services/Help.h"
 
 #include "platform/HelpViewer.h"
+#include "services/Localisation.h"
 #include "services/MessageBoxes.h"
+
+#include <QDir>
 
 namespace {
 
@@ -23,13 +26,25 @@ void showPage(HelpViewer& viewer, const QString& helpFolder, const QString& topi
     const QString page = hash < 0 ? inside : inside.left(hash);
     const QString anchor = hash < 0 ? QString() : inside.mid(hash + 1);
     const QString pageFile = helpFolder + u'/' + page;
+    const QString contentsFile = helpFolder + StartTopic.mid(TopicSeparator.size());
 
     QString reason;
-    if (viewer.ShowPage(pageFile, anchor, reason))
+    switch (viewer.ShowPage(contentsFile, pageFile, anchor)) {
+    case HelpViewer::Failure::None:
         return;
-    if (reason.isEmpty())
-        reason = QStringLiteral("the help viewer did not start");
-    ShowMessage(owner, QStringLiteral("Unable to open the help page %1: %2").arg(pageFile, reason),
+    case HelpViewer::Failure::NoSuchPage:
+        reason =
+            LocalText(PlatformTexts::HelpPageMissing, QStringLiteral("the page does not exist"));
+        break;
+    case HelpViewer::Failure::ViewerDidNotStart:
+        reason = LocalText(PlatformTexts::HelpViewerFailed,
+                           QStringLiteral("the help viewer could not be started"));
+        break;
+    }
+    ShowMessage(owner,
+                LocalText(PlatformTexts::HelpPageFailed,
+                          QStringLiteral("Unable to open the help page %1: %2"))
+                    .arg(QDir::toNativeSeparators(pageFile), reason),
                 MessageIcon::Exclamation);
 }
 

@@ -21,6 +21,8 @@ inline constexpr qint32 PasswordWithQuote = 7001;
 inline constexpr qint32 HelpPageFailed = 7002;
 inline constexpr qint32 SavedAsRichText = 7003;
 inline constexpr qint32 PdfLibraryMissing = 7004;
+inline constexpr qint32 HelpPageMissing = 7005;
+inline constexpr qint32 HelpViewerFailed = 7006;
 }  // namespace PlatformTexts
 
 // 50000 for Japanese, -1 (no table) for every other language.

@@ -64,8 +64,7 @@ void ReportShellFailure(quint32 code, const QString& verb, const QString& file, 
 
 void OpenDocument(QWidget* ownerWindow, const QString& path, const qint16& report)
 {
-    const quint32 code =
-        ShellExecute(ownerWindow, OpenVerb, path, QString(), ShowNormal, [] { PumpEvents(); });
+    const quint32 code = ShellExecute(ownerWindow, OpenVerb, path, QString(), ShowNormal);
     if (!ShellSucceeded(code) && report != 0)
         ReportShellFailure(code, OpenVerb, path, ownerWindow);
 }

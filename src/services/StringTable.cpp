@@ -14,7 +14,7 @@ struct StringRow final
     const char* text;  // UTF-8
 };
 
-constexpr std::array<StringRow, 104> Rows{{
+constexpr std::array<StringRow, 106> Rows{{
     {51601, "PDFをWordに変換"},
     {51602, "プレビュー"},
     {51603, "プレビュー作成"},
@@ -124,6 +124,8 @@ constexpr std::array<StringRow, 104> Rows{{
     {57002, "ヘルプ ページ %1 を開けませんでした: %2"},
     {57003, "Word 形式で保存できなかったため、リッチ テキスト形式で保存しました:\n%1"},
     {57004, "PDF アクセス ライブラリ liblomerdoc.so を %1 から読み込めませんでした。"},
+    {57005, "ページが見つかりません"},
+    {57006, "ヘルプ ビューアーを起動できませんでした"},
 }};
 
 constexpr bool rowsAreSorted()

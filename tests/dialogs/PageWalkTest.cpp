@@ -168,3 +168,21 @@ TEST_F(PageWalkTest, LinksBackWriteThePageAndNothingIsSavedOnTheWay)
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(PageWalkTest, F1InEachDialogAsksForItsOwnTopic)
+{
+    QStringList asked;
+    runtime.SetHelpHandler([&asked](Form& form) { asked.append(form.HelpTopic()); });
+    const QList<Form*> pages = {&forms.Welcome(), &forms.DocumentType(), &forms.ConversionMethod(),
+                                &forms.OtherOptions()};
+    for (Form* page : pages)
+        QTest::keyClick(page, Qt::Key_F1);
+    EXPECT_EQ(asked, (QStringList{QStringLiteral("::/options.htm#convertPDF"),
+                                  QStringLiteral("::/options.htm#convertPDFType"),
+                                  QStringLiteral("::/options.htm#convertPDFConversion"),
+                                  QStringLiteral("::/options.htm#convertPDFAdvanced")}));
+}
+
+}  // namespace

@@ -269,7 +269,8 @@ protected:
 
 TEST_F(InstalledTree, PutsEveryPieceInItsPlace)
 {
-    for (const QString& program : QStringList{AppDir + "marvash", AppDir + "VelmoraConverter"})
+    for (const QString& program :
+         QStringList{AppDir + "marvash", AppDir + "VelmoraConverter", AppDir + "VelmoraHelp"})
         EXPECT_TRUE(QFileInfo(Usr(program)).isExecutable()) << program.toStdString();
     for (const QString& file : QStringList{AppDir + "libquonvexa.so", AppDir + "liblomerdoc.so",
                                            AppDir + "Sandpiper/Vorek/use.htm",

@@ -1,7 +1,7 @@
 #pragma once
 
 // The argument recorder: a small program of the tests that writes down where it ran and what
-// arguments it got, and the fake desktop opener made from it.
+// arguments it got.
 
 #include "TestPaths.h"
 
@@ -47,24 +47,3 @@ inline std::optional<Recorded> ReadRecord(const QString& file, int timeoutMs = 0
         record.arguments.append(QString::fromUtf8(part));
     return record;
 }
-
-// Makes `folder` hold an "xdg-open" that is the recorder, and puts only that folder on the
-// program search path (restored by the destructor).
-class FakeOpenerPath final
-{
-public:
-    explicit FakeOpenerPath(const QString& folder, bool withOpener = true)
-        : m_previous(qgetenv("PATH"))
-    {
-        QDir().mkpath(folder);
-        if (withOpener)
-            QFile::link(RecorderProgram(), folder + QStringLiteral("/xdg-open"));
-        qputenv("PATH", QFile::encodeName(folder));
-    }
-    ~FakeOpenerPath() { qputenv("PATH", m_previous); }
-    FakeOpenerPath(const FakeOpenerPath&) = delete;
-    FakeOpenerPath& operator=(const FakeOpenerPath&) = delete;
-
-private:
-    QByteArray m_previous;
-};

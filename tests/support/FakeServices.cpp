@@ -43,13 +43,13 @@ SettingsShellFactory FakeStore::Factory()
     };
 }
 
-bool FakeHelpViewer::ShowPage(const QString& pageFile, const QString& anchor, QString& error)
+HelpViewer::Failure FakeHelpViewer::ShowPage(const QString& contentsFile, const QString& pageFile,
+                                             const QString& anchor)
 {
+    contents.append(contentsFile);
     pages.append(pageFile);
     anchors.append(anchor);
-    if (fail)
-        error = QStringLiteral("no viewer");
-    return !fail;
+    return failure;
 }
 
 qint32 FakeProcessUtility::GetParentProcessID(qint32 processId)

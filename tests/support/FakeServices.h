@@ -36,11 +36,13 @@ struct FakeStore final
 
 struct FakeHelpViewer final : HelpViewer
 {
-    bool ShowPage(const QString& pageFile, const QString& anchor, QString& error) override;
+    Failure ShowPage(const QString& contentsFile, const QString& pageFile,
+                     const QString& anchor) override;
 
-    QStringList pages;    // page files asked for
-    QStringList anchors;  // anchors asked for
-    bool fail = false;
+    QStringList contents;  // contents pages given
+    QStringList pages;     // page files asked for
+    QStringList anchors;   // anchors asked for
+    Failure failure = Failure::None;
 };
 
 struct FakeProcessUtility final : ProcessUtilityLibrary
