@@ -11,7 +11,7 @@ packages=(
   libmupdf-dev mupdf-tools libmujs-dev libgumbo-dev libopenjp2-7-dev libjbig2dec0-dev
   libgtest-dev googletest
   clang clang-format clang-tidy libclang-rt-14-dev
-  fonts-ipafont-gothic fonts-dejavu-core
+  fonts-ipafont-gothic fonts-dejavu-core fonts-dejavu-extra fonts-wine
   fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea
   xdg-utils xvfb xauth bc
   libreoffice-writer-nogui

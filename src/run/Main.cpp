@@ -6,26 +6,10 @@
 #include "options/SettingsStore.h"
 #include "run/CommandLine.h"
 #include "run/RunState.h"
+#include "services/DialogFonts.h"
 #include "services/Help.h"
 
 #include <QDir>
-#include <QFont>
-
-namespace {
-
-// Stands in for registering the shared window classes: the fonts the dialogs name are mapped
-// to fonts this system has. Nothing here can stop the start.
-qint16 InitSharedControls()
-{
-    QFont::insertSubstitutions(QStringLiteral("Tahoma"),
-                               {QStringLiteral("DejaVu Sans"), QStringLiteral("Liberation Sans")});
-    QFont::insertSubstitutions(QStringLiteral("MS UI-Gothic"),
-                               {QStringLiteral("IPAGothic"), QStringLiteral("IPAPGothic"),
-                                QStringLiteral("Noto Sans CJK JP")});
-    return -1;
-}
-
-}  // namespace
 
 bool PrepareRun(RunState& state, const QString& commandText, const QString& applicationDir)
 {
@@ -33,7 +17,6 @@ bool PrepareRun(RunState& state, const QString& commandText, const QString& appl
     state.OutputPath.clear();
     state.PageCount = 0;
     state.RunMode = RunModes::NoWork;
-    InitSharedControls();
     SetApplicationHelpFile(ApplicationHelpFile(applicationDir));
     ParseCommandLine(commandText, state);
     if (state.RunMode == RunModes::NoWork)
@@ -50,6 +33,8 @@ bool PrepareRun(RunState& state, const QString& commandText, const QString& appl
 
 void StartRun(Forms& forms)
 {
+    // The dialogs' fonts need the window system, which exists only from here on.
+    InstallDialogFonts();
     AppContext& context = forms.Context();
     LoadSettings(context.state, context.settings);
     forms.Runtime().Show(forms.Welcome());

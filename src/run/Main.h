@@ -8,9 +8,10 @@
 struct RunState;
 class Forms;
 
-// Steps up to the test for work: start values, shared controls, the help file and the command
-// line. False when there is no work: the process then ends silently, the store untouched.
+// Steps up to the test for work: start values, the help file and the command line. False when there
+// is no work: the process then ends silently, the store untouched.
 bool PrepareRun(RunState& state, const QString& commandText, const QString& applicationDir);
 
-// The rest of the start: reads the settings and shows the main dialog without an owner.
+// The rest of the start, once the window system is there: the dialogs' fonts, the settings, and
+// the main dialog shown without an owner.
 void StartRun(Forms& forms);
