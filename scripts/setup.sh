@@ -10,7 +10,7 @@ packages=(
   libx11-dev libglib2.0-dev
   libmupdf-dev mupdf-tools libmujs-dev libgumbo-dev libopenjp2-7-dev libjbig2dec0-dev
   libgtest-dev googletest
-  clang clang-format clang-tidy libclang-rt-14-dev
+  clang clang-format clang-tidy libclang-rt-14-dev gcovr
   fonts-ipafont-gothic fonts-dejavu-core fonts-dejavu-extra fonts-wine
   fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea
   xdg-utils xvfb xauth bc
