@@ -52,26 +52,33 @@ qint32 FindNewProcess(ProcessUtilityLibrary& processes, const QList<qint32>& bef
 }
 
 // Waits in short slices so that the dialogs stay alive; false when the suite has hung (no
-// processor time for a while) or has run past the limit for the document.
+// processor time for a while) or has worked past the limit for the document. The limit counts
+// the suite's processor time, so that a busy machine doesn't end a suite that is only slow.
 bool WaitForConversion(OfficeProcess& office, qint64 documentBytes)
 {
     const qint64 limitMs = OfficeTimeLimitMs(documentBytes);
     qint64 lastWork = office.ProcessorTimeMs();
     qint64 idleMs = 0;
-    for (qint64 waited = 0; waited < limitMs; waited += WaitSliceMs) {
+    for (qint64 waitedMs = WaitSliceMs;; waitedMs += WaitSliceMs) {
         if (office.WaitForEnd(WaitSliceMs))
             return true;
         PumpEvents();
         const qint64 work = office.ProcessorTimeMs();
-        // Where the suite's work can't be seen, only the time limit counts.
-        if (work < 0 || work != lastWork) {
+        // Where the suite's work can't be seen, the time waited stands in for it.
+        if (work < 0) {
+            if (waitedMs >= limitMs)
+                return false;
+            continue;
+        }
+        if (work >= limitMs)
+            return false;
+        if (work != lastWork) {
             lastWork = work;
             idleMs = 0;
         } else if ((idleMs += WaitSliceMs) >= OfficeIdleLimitMs) {
             return false;
         }
     }
-    return false;
 }
 
 // The suite writes its copy into the otherwise empty output folder. The copy goes into a new

@@ -14,8 +14,8 @@ class QString;
 // work is left to it, up to OfficeTimeLimitMs.
 inline constexpr qint32 OfficeIdleLimitMs = 60000;
 
-// How long the suite may take for a document of `documentBytes` however busy it is: two minutes
-// and a minute per megabyte, about three times what it needs on a slow machine.
+// How much processor time the suite may use for a document of `documentBytes`: two minutes
+// and a minute per megabyte, about three times what it needs.
 qint64 OfficeTimeLimitMs(qint64 documentBytes);
 
 // Finishes the file at OutputPath: -1 when it now holds the Word document, 0 when it holds
