@@ -1,7 +1,5 @@
 #include "options/OptionsDocument.h"
 
-#include "run/RunState.h"
-
 #include <array>
 #include <limits>
 
@@ -17,42 +15,80 @@ const QString Tail = QStringLiteral("</options></conversion>");
 const QString LineEnd = QStringLiteral("\r\n");
 const QString Quote = QStringLiteral("\"");
 
-void AddElement(QString& document, const char* kind, const char* key, const QString& value)
-{
-    document += QStringLiteral("  <") + QLatin1String(kind) + QStringLiteral(" name = \"") +
-                QLatin1String(key) + QStringLiteral("\" value = \"") + value +
-                QStringLiteral("\" />") + LineEnd;
-}
+enum class Kind { Bool, Numeric, Text };
 
-void AddBool(QString& document, const char* key, qint16 value)
+// One element of the document, in the order the document holds them: its key, its kind, the
+// field that holds it, and the value of a first start. An element with a fixed value is written
+// with it whatever the field holds.
+struct Element final
 {
-    AddElement(document, "bool", key, QString::number(value));
-}
+    const char* key;
+    Kind kind;
+    qint16 OptionValues::*field;  // null for the text
+    qint16 firstStart;
+    std::optional<qint16> fixedValue;
+};
 
-void AddNumeric(QString& document, const char* key, qint16 value)
+const std::array<Element, 24> Elements = {{
+    {"AdjustFontNames", Kind::Bool, &OptionValues::AdjustFontNames, 1, {}},
+    {"AdjustSpacing", Kind::Bool, &OptionValues::AdjustSpacing, 1, {}},
+    {"ConversionMethod", Kind::Numeric, &OptionValues::ConversionMethod, 2, {}},
+    {"DetectHeader", Kind::Bool, &OptionValues::DetectHeader, 1, {}},
+    {"WordArt", Kind::Bool, &OptionValues::WordArt, 0, {}},
+    {"DocumentType", Kind::Numeric, &OptionValues::DocumentType, 2, {}},
+    {"ExtractHyperlinks", Kind::Bool, &OptionValues::ExtractHyperlinks, 1, 1},
+    {"ExtractImages", Kind::Bool, &OptionValues::ExtractImages, 1, 1},
+    {"ExtractText", Kind::Bool, &OptionValues::ExtractText, 1, 1},
+    {"ImageFormat", Kind::Numeric, &OptionValues::ImageFormat, 0, {}},
+    {"JpegQuality", Kind::Numeric, &OptionValues::JpegQuality, 85, {}},
+    {"MergeParagraph", Kind::Bool, &OptionValues::MergeParagraph, 1, {}},
+    {"MergeText", Kind::Bool, &OptionValues::MergeText, 1, {}},
+    {"PageFrom", Kind::Numeric, &OptionValues::PageFrom, 0, {}},
+    {"PageTo", Kind::Numeric, &OptionValues::PageTo, 0, {}},
+    {"PasswordLen", Kind::Numeric, &OptionValues::PasswordLen, 0, {}},
+    {"PasswordSeparator", Kind::Numeric, &OptionValues::PasswordSeparator, 0, {}},
+    {"Passwords", Kind::Text, nullptr, 0, {}},
+    {"ZoomDpi", Kind::Numeric, &OptionValues::ZoomDpi, 96, {}},
+    {"PreserveTextPosition", Kind::Bool, &OptionValues::PreserveTextPosition, 1, {}},
+    {"ShrinkFonts", Kind::Bool, &OptionValues::ShrinkFonts, 1, {}},
+    // Opening the result is the front end's work; the engine must never do it itself.
+    {"LaunchWord", Kind::Bool, nullptr, 0, 0},
+    {"ExtractToBMP", Kind::Bool, &OptionValues::ExtractToBMP, 0, {}},
+    {"UsingPageRange", Kind::Bool, &OptionValues::UsingPageRange, 0, {}},
+}};
+
+QString KindName(Kind kind)
 {
-    AddElement(document, "numeric", key, QString::number(value));
+    switch (kind) {
+    case Kind::Bool:
+        return QStringLiteral("bool");
+    case Kind::Numeric:
+        return QStringLiteral("numeric");
+    case Kind::Text:
+        break;
+    }
+    return QStringLiteral("string");
 }
 
 // One row of the reading table: either a key read into a field (with its default and whether
-// 0 turns into 1), a text read, or a field that is set without reading.
+// 0 turns into 1), the text read, or a field that is set without reading.
 struct ParseStep final
 {
     const char* key;  // null for a field that is only set
     const char* defaultValue;
-    qint16 RunState::*field;
+    qint16 OptionValues::*field;
     qint16 fixedValue;
     bool zeroBecomesOne;
     bool isText;
 };
 
-constexpr ParseStep Read(const char* key, const char* defaultValue, qint16 RunState::*field,
+constexpr ParseStep Read(const char* key, const char* defaultValue, qint16 OptionValues::*field,
                          bool zeroBecomesOne = false)
 {
     return {key, defaultValue, field, 0, zeroBecomesOne, false};
 }
 
-constexpr ParseStep Set(qint16 RunState::*field, qint16 value)
+constexpr ParseStep Set(qint16 OptionValues::*field, qint16 value)
 {
     return {nullptr, nullptr, field, value, false, false};
 }
@@ -65,29 +101,29 @@ constexpr ParseStep ReadText(const char* key, const char* defaultValue)
 // The reading order matters: a bad value ends the parse, and every field behind it keeps
 // what it held.
 constexpr std::array ParseSteps = {
-    Read("AdjustFontNames", "1", &RunState::AdjustFontNames),
-    Read("AdjustSpacing", "1", &RunState::AdjustSpacing),
-    Read("ConversionMethod", "2", &RunState::ConversionMethod, true),
-    Read("DetectHeader", "1", &RunState::DetectHeader),
-    Read("DocumentType", "2", &RunState::DocumentType, true),
-    Set(&RunState::ExtractHyperlinks, 1),
-    Set(&RunState::ExtractImages, 1),
-    Set(&RunState::ExtractText, 1),
-    Read("ImageFormat", "0", &RunState::ImageFormat),
-    Read("JpegQuality", "85", &RunState::JpegQuality),
-    Read("MergeParagraph", "1", &RunState::MergeParagraph),
-    Read("MergeText", "1", &RunState::MergeText),
-    Set(&RunState::PageFrom, 0),
-    Set(&RunState::PageTo, 0),
-    Read("PasswordLen", "0", &RunState::PasswordLen),
-    Read("PasswordSeparator", "0", &RunState::PasswordSeparator),
+    Read("AdjustFontNames", "1", &OptionValues::AdjustFontNames),
+    Read("AdjustSpacing", "1", &OptionValues::AdjustSpacing),
+    Read("ConversionMethod", "2", &OptionValues::ConversionMethod, true),
+    Read("DetectHeader", "1", &OptionValues::DetectHeader),
+    Read("DocumentType", "2", &OptionValues::DocumentType, true),
+    Set(&OptionValues::ExtractHyperlinks, 1),
+    Set(&OptionValues::ExtractImages, 1),
+    Set(&OptionValues::ExtractText, 1),
+    Read("ImageFormat", "0", &OptionValues::ImageFormat),
+    Read("JpegQuality", "85", &OptionValues::JpegQuality),
+    Read("MergeParagraph", "1", &OptionValues::MergeParagraph),
+    Read("MergeText", "1", &OptionValues::MergeText),
+    Set(&OptionValues::PageFrom, 0),
+    Set(&OptionValues::PageTo, 0),
+    Read("PasswordLen", "0", &OptionValues::PasswordLen),
+    Read("PasswordSeparator", "0", &OptionValues::PasswordSeparator),
     ReadText("Passwords", ""),
-    Read("PreserveTextPosition", "1", &RunState::PreserveTextPosition),
-    Read("ShrinkFonts", "1", &RunState::ShrinkFonts),
-    Set(&RunState::UsingPageRange, 0),
-    Set(&RunState::ExtractToBMP, 0),
-    Set(&RunState::ZoomDpi, 96),
-    Read("WordArt", "0", &RunState::WordArt),
+    Read("PreserveTextPosition", "1", &OptionValues::PreserveTextPosition),
+    Read("ShrinkFonts", "1", &OptionValues::ShrinkFonts),
+    Set(&OptionValues::UsingPageRange, 0),
+    Set(&OptionValues::ExtractToBMP, 0),
+    Set(&OptionValues::ZoomDpi, 96),
+    Read("WordArt", "0", &OptionValues::WordArt),
 };
 
 bool IsBlank(QChar c)
@@ -97,37 +133,52 @@ bool IsBlank(QChar c)
 
 }  // namespace
 
-QString BuildOptionsDocument(const RunState& state)
+QString BuildOptionsDocument(const OptionValues& values)
 {
     QString document = Head + LineEnd;
-    AddBool(document, "AdjustFontNames", state.AdjustFontNames);
-    AddBool(document, "AdjustSpacing", state.AdjustSpacing);
-    AddNumeric(document, "ConversionMethod", state.ConversionMethod);
-    AddBool(document, "DetectHeader", state.DetectHeader);
-    AddBool(document, "WordArt", state.WordArt);
-    AddNumeric(document, "DocumentType", state.DocumentType);
-    // The engine must always extract everything; the fields play no part.
-    AddBool(document, "ExtractHyperlinks", 1);
-    AddBool(document, "ExtractImages", 1);
-    AddBool(document, "ExtractText", 1);
-    AddNumeric(document, "ImageFormat", state.ImageFormat);
-    AddNumeric(document, "JpegQuality", state.JpegQuality);
-    AddBool(document, "MergeParagraph", state.MergeParagraph);
-    AddBool(document, "MergeText", state.MergeText);
-    AddNumeric(document, "PageFrom", state.PageFrom);
-    AddNumeric(document, "PageTo", state.PageTo);
-    AddNumeric(document, "PasswordLen", state.PasswordLen);
-    AddNumeric(document, "PasswordSeparator", state.PasswordSeparator);
-    AddElement(document, "string", "Passwords", state.Passwords);
-    AddNumeric(document, "ZoomDpi", state.ZoomDpi);
-    AddBool(document, "PreserveTextPosition", state.PreserveTextPosition);
-    AddBool(document, "ShrinkFonts", state.ShrinkFonts);
-    // Opening the result is the front end's work; the engine must never do it itself.
-    AddBool(document, "LaunchWord", 0);
-    AddBool(document, "ExtractToBMP", state.ExtractToBMP);
-    AddBool(document, "UsingPageRange", state.UsingPageRange);
+    for (const Element& element : Elements) {
+        QString value;
+        if (element.kind == Kind::Text)
+            value = values.Passwords;
+        else if (element.fixedValue)
+            value = QString::number(*element.fixedValue);
+        else
+            value = QString::number(values.*element.field);
+        document += QStringLiteral("  <") + KindName(element.kind) + QStringLiteral(" name = \"") +
+                    QLatin1String(element.key) + QStringLiteral("\" value = \"") + value +
+                    QStringLiteral("\" />") + LineEnd;
+    }
     document += Tail;
     return document;
+}
+
+OptionValues FirstStartValues()
+{
+    OptionValues values;
+    for (const Element& element : Elements) {
+        if (element.field)
+            values.*element.field = element.firstStart;
+    }
+    return values;
+}
+
+OptionValues ReadOptionValues(const QString& document)
+{
+    OptionValues values = FirstStartValues();
+    for (const Element& element : Elements) {
+        const QString key = QLatin1String(element.key);
+        if (element.kind == Kind::Text) {
+            values.Passwords = ReadOptionValue(document, key, QString()).value_or(QString());
+            continue;
+        }
+        if (!element.field)
+            continue;
+        const std::optional<QString> text =
+            ReadOptionValue(document, key, QString::number(element.firstStart));
+        if (const std::optional<qint16> number = text ? ToInt16(*text) : std::nullopt)
+            values.*element.field = *number;
+    }
+    return values;
 }
 
 std::optional<QString> ReadOptionValue(const QString& document, const QString& key,
@@ -200,24 +251,24 @@ std::optional<qint16> ToInt16(const QString& text)
     return static_cast<qint16>(value);
 }
 
-void ParseOptions(RunState& state)
+void ParseOptions(const QString& document, OptionValues& values)
 {
     for (const ParseStep& step : ParseSteps) {
         if (step.key == nullptr) {
-            state.*step.field = step.fixedValue;
+            values.*step.field = step.fixedValue;
             continue;
         }
-        const std::optional<QString> text = ReadOptionValue(
-            state.OptionsDocument, QLatin1String(step.key), QLatin1String(step.defaultValue));
+        const std::optional<QString> text =
+            ReadOptionValue(document, QLatin1String(step.key), QLatin1String(step.defaultValue));
         if (!text)
             return;
         if (step.isText) {
-            state.Passwords = *text;
+            values.Passwords = *text;
             continue;
         }
         const std::optional<qint16> number = ToInt16(*text);
         if (!number)
             return;
-        state.*step.field = (step.zeroBecomesOne && *number == 0) ? qint16{1} : *number;
+        values.*step.field = (step.zeroBecomesOne && *number == 0) ? qint16{1} : *number;
     }
 }

@@ -138,7 +138,7 @@ void LoadSettings(RunState& state, const SettingsShellFactory& shellFactory)
     LoadSwitch(shell.get(), SettingsNames::LaunchWord, state.LaunchWord);
 
     shell.reset();
-    ParseOptions(state);
+    ParseOptions(state.OptionsDocument, state);
 }
 
 void SaveOptions(RunState& state, const SettingsShellFactory& shellFactory, bool keepRunPasswords)

@@ -18,7 +18,7 @@ namespace {
 RunState FirstStartState()
 {
     RunState state;
-    ParseOptions(state);  // no stored document yet: a first start's options
+    ParseOptions(QString(), state);  // no stored document yet: a first start's options
     return state;
 }
 

@@ -16,7 +16,7 @@ namespace enginetest {
 void StoreOptions(const std::function<void(RunState&)>& edit)
 {
     RunState state;
-    ParseOptions(state);  // no stored document yet: a first start's options
+    ParseOptions(QString(), state);  // no stored document yet: a first start's options
     if (edit)
         edit(state);
     const auto shell = QSettingsShellFactory()();

@@ -86,7 +86,7 @@ TEST(BuildOptionsDocument, FirstStartMatchesTheGoldenFileByteForByte)
 
     // A first start parses the empty document into the same values.
     RunState parsed;
-    ParseOptions(parsed);
+    ParseOptions(parsed.OptionsDocument, parsed);
     EXPECT_EQ(BuildOptionsDocument(parsed), golden);
 }
 
@@ -316,7 +316,7 @@ TEST(ParseOptions, FillsTheFieldsInTableOrderAndStopsAtTheFirstBadValue)
 
         RunState state = Untouched();
         state.OptionsDocument = row.document;
-        ParseOptions(state);
+        ParseOptions(state.OptionsDocument, state);
         EXPECT_EQ(OptionFields(state), expected);
         EXPECT_EQ(state.OptionsDocument, row.document);
     }
@@ -339,11 +339,11 @@ TEST(ParseOptions, KeysAreFoundWhateverTheirOrderAndCase)
     }
     RunState reordered = Untouched();
     reordered.OptionsDocument = document;
-    ParseOptions(reordered);
+    ParseOptions(reordered.OptionsDocument, reordered);
 
     RunState ordered = Untouched();
     ordered.OptionsDocument = Fixture("edited.xml");
-    ParseOptions(ordered);
+    ParseOptions(ordered.OptionsDocument, ordered);
 
     EXPECT_EQ(OptionFields(reordered), OptionFields(ordered));
     EXPECT_EQ(reordered.ConversionMethod, 3);

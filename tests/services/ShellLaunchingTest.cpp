@@ -293,7 +293,7 @@ TEST_F(ShellLaunchingTest, AHandleIsTheCallersUntilClosedAndTheProgramOutlivesIt
 }
 
 // A desktop of the test's own: .doc files belong to the argument recorder, and nothing handles
-// files of an unknown type. GIO reads the association database once, so it is written before
+// files of an unknown type (zero bytes, which no sniffing takes for a known format). GIO reads the association database once, so it is written before
 // the first document is opened.
 class DocumentOpeningTest : public ShellLaunchingTest
 {
@@ -323,7 +323,7 @@ TEST_F(DocumentOpeningTest, DocumentsOpenInTheirApplicationWhichIsNotWaitedFor)
     const QString document = writeFile(QStringLiteral("-My $(report);.doc"), "doc",
                                        QFile::ReadOwner | QFile::WriteOwner);
     const QString relative = QStringLiteral("-My $(report);.doc");
-    const QString unknown = writeFile(QStringLiteral("data.vlmunknown"), QByteArray(64, '\x01'),
+    const QString unknown = writeFile(QStringLiteral("data.vlmunknown"), QByteArray(64, '\0'),
                                       QFile::ReadOwner | QFile::WriteOwner);
     const QString unreadable = writeFile(QStringLiteral("locked.doc"), "doc", QFile::WriteOwner);
     struct Row
@@ -364,7 +364,7 @@ TEST_F(DocumentOpeningTest, DocumentsOpenInTheirApplicationWhichIsNotWaitedFor)
 
 TEST_F(DocumentOpeningTest, OpenDocumentReportsFailuresOnlyWhenAsked)
 {
-    const QString unknown = writeFile(QStringLiteral("result.vlmunknown"), QByteArray(64, '\x01'),
+    const QString unknown = writeFile(QStringLiteral("result.vlmunknown"), QByteArray(64, '\0'),
                                       QFile::ReadOwner | QFile::WriteOwner);
     const QString missing = path(QStringLiteral("missing.doc"));
 
