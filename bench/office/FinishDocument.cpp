@@ -3,8 +3,12 @@
 //   velmora_finish_document <application-dir> <file.doc>
 
 #include "conversion/WordFinishing.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
+#include "platform/DocumentOpener.h"
+#include "platform/FileClock.h"
 #include "platform/HelpViewer.h"
+#include "platform/OfficeSuite.h"
+#include "platform/ProcessLauncher.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "platform/SettingsShell.h"
 #include "platform/WindowGeometry.h"
@@ -36,9 +40,17 @@ int main(int argc, char** argv)
     const QString applicationDir = QString::fromLocal8Bit(argv[1]);
     RunState state;
     state.OutputPath = QString::fromLocal8Bit(argv[2]);
-    const auto help = CreateHelpViewer(applicationDir);
+    const auto launcher = CreateProcessLauncher();
+    const auto opener = CreateDocumentOpener();
+    const auto clock = CreateFileClock();
+    const auto officeSuite = CreateLibreOffice(*launcher, OfficeProfileHome());
+    const auto help = CreateHelpViewer(*launcher, applicationDir);
     const auto processes = LoadProcessUtilityLibrary(applicationDir);
     NoGeometry geometry;
-    AppContext context{state, QSettingsShellFactory(), *help, *processes, geometry, applicationDir};
+    AppContext context{state,        QSettingsShellFactory(),
+                       *help,        *processes,
+                       geometry,     applicationDir,
+                       *launcher,    *opener,
+                       *officeSuite, *clock};
     return FinishWithWord(context) == -1 ? 0 : 1;
 }

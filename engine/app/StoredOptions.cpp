@@ -93,6 +93,6 @@ QString StoredOptionsDocument()
     const std::unique_ptr<SettingsShell> shell = QSettingsShellFactory()();
     if (!shell)
         return {};
-    const std::optional<QVariant> value = shell->RegRead(SettingsNames::OptionsDocument);
+    const std::optional<QVariant> value = shell->RegRead(StoreNames::OptionsDocument);
     return value ? value->toString() : QString();
 }

@@ -1,29 +1,19 @@
 #pragma once
 
 // The engine's command lines. The options never travel here: the engine reads them from the
-// settings store, where the caller has just saved them.
+// settings store, where the caller has just saved them. The arguments reach the engine as a
+// list, exactly as they are, whatever the names hold.
 
 #include <QString>
 #include <QStringList>
 
-#include <optional>
-
 struct RunState;
 
-// The engine program in the application directory, without quotes.
+// The engine program in the application directory.
 QString EngineProgram(const QString& applicationDir);
 
-// "<source>" "<target>" -C
-QString ConversionArguments(const RunState& state);
+// <source> <target> -C
+QStringList ConversionArguments(const RunState& state);
 
-// "<source>" "<preview stem>.rtf" -C -P -H
-QString PreviewArguments(const RunState& state);
-
-// The arguments the engine must receive for `parameters`, when splitting that text wouldn't give
-// them back: a name with a quote in it can't be written in the text. Empty otherwise, so the
-// text is what the engine is started with.
-std::optional<QStringList> ExactEngineArguments(const QString& parameters,
-                                                const QStringList& intended);
-
-QStringList ConversionArgumentList(const RunState& state);
-QStringList PreviewArgumentList(const RunState& state);
+// <source> <preview stem>.rtf -C -P -H
+QStringList PreviewArguments(const RunState& state);

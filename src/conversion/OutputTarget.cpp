@@ -2,11 +2,11 @@
 
 #include "conversion/OutputNaming.h"
 #include "conversion/WordDetection.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
+#include "core/LocalText.h"
 #include "dialogs/FileDialogs.h"
 #include "options/SettingsStore.h"
 #include "run/RunState.h"
-#include "services/Localisation.h"
 #include "services/MessageBoxes.h"
 
 namespace {

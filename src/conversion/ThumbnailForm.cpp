@@ -1,12 +1,12 @@
 #include "conversion/ThumbnailForm.h"
 
 #include "conversion/EngineCommand.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
+#include "core/Events.h"
 #include "dialogs/DialogRuntime.h"
 #include "options/SettingsStore.h"
 #include "run/RunState.h"
-#include "services/Events.h"
-#include "services/Localisation.h"
+#include "services/DialogLanguage.h"
 #include "services/ShellLaunching.h"
 
 #include <QCoreApplication>
@@ -16,7 +16,6 @@
 #include <QTimer>
 
 namespace {
-constexpr quint32 WaitSliceMs = 100;
 constexpr int LingerMs = 500;
 }  // namespace
 
@@ -69,45 +68,29 @@ void ThumbnailForm::Form_Activate()
 
 void ThumbnailForm::RunPreview()
 {
-    RunState& state = m_context.state;
-    // The stored document asks for the first page as a small bitmap for this one run; the
-    // fields keep the user's values.
-    const qint16 pageFrom = state.PageFrom;
-    const qint16 pageTo = state.PageTo;
-    const qint16 usingPageRange = state.UsingPageRange;
-    const qint16 extractToBmp = state.ExtractToBMP;
-    const qint16 zoomDpi = state.ZoomDpi;
-    state.UsingPageRange = 1;
-    state.ExtractToBMP = 1;
-    state.PageFrom = 0;
-    state.PageTo = 0;
-    state.ZoomDpi = 20;
-    SaveOptions(state, m_context.settings, false);
-    state.PageFrom = pageFrom;
-    state.PageTo = pageTo;
-    state.UsingPageRange = usingPageRange;
-    state.ExtractToBMP = extractToBmp;
-    state.ZoomDpi = zoomDpi;
+    // The stored document asks for the first page as a small bitmap for this one run; the run's
+    // record keeps the user's values.
+    RunState preview = m_context.state;
+    preview.UsingPageRange = 1;
+    preview.ExtractToBMP = 1;
+    preview.PageFrom = 0;
+    preview.PageTo = 0;
+    preview.ZoomDpi = 20;
+    SaveOptions(preview, m_context.settings, false);
 
-    ProcessHandle process = ProcessHandle::None;
-    const QString program = u'"' + EngineProgram(m_context.applicationDir) + u'"';
-    const QString parameters = PreviewArguments(state);
-    const qint32 code =
-        LaunchProcess(this, OpenVerb, program, parameters, ShowNormal, process, qint16{-1},
-                      ExactEngineArguments(parameters, PreviewArgumentList(state)));
-    if (code <= 32)
+    ProcessHandle process;
+    const qint32 code = LaunchProcess(
+        m_context.launcher, this, OpenVerb, u'"' + EngineProgram(m_context.applicationDir) + u'"',
+        PreviewArguments(m_context.state), ShowNormal, process, qint16{-1});
+    if (!ShellSucceeded(static_cast<quint32>(code)))
         return;
-    for (;;) {
-        const quint32 waited = WaitForSingleObject(process, WaitSliceMs);
-        // A handle that names no process has nothing left to wait for.
-        if (waited == WaitResults::Object0 || waited == WaitResults::Failed)
-            break;
+    while (!process->WaitForEnd(WaitSliceMs)) {
         PumpEvents();
         if (m_skipped)
             break;
     }
-    // A skipped engine runs on by itself; letting go of it still reaps it when it ends.
-    CloseHandle(process);
+    // A skipped engine runs on by itself; letting go of it still collects it when it ends.
+    process.reset();
     if (m_skipped)
         return;
     m_timer1->setInterval(LingerMs);

@@ -1,7 +1,7 @@
 #pragma once
 
-// The progress dialog of a conversion: runs the engine while it shows "Converting...", decides
-// whether the run produced a result, finishes it and opens it or says it is done.
+// The progress dialog of a conversion: says "Converting...", then "Finalizing...", while the
+// conversion runs behind it; it can't be cancelled.
 
 #include "dialogs/Form.h"
 

@@ -1,6 +1,6 @@
 #include "conversion/WordDetection.h"
 
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "platform/ApplicationPath.h"
 #include "platform/OfficeSuite.h"
 #include "platform/ProcessUtilityLibrary.h"
@@ -24,7 +24,7 @@ qint32 GetWordVersion(AppContext& context)
 {
     const WorkingDirectoryGuard guard(context.applicationDir);
     qint32 result = 0;
-    OfficeSuite& suite = context.officeSuite ? *context.officeSuite : InstalledOfficeSuite();
+    OfficeSuite& suite = context.officeSuite;
     const QString program = suite.FindProgram();
     if (!program.isEmpty())
         result = WordScaleVersion(context.processUtility.GetFileVersion(program));

@@ -1,14 +1,14 @@
 #include "conversion/WordFinishing.h"
 
 #include "conversion/WordDetection.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
+#include "core/Events.h"
+#include "core/LocalText.h"
+#include "core/TempFiles.h"
 #include "platform/ApplicationPath.h"
 #include "platform/OfficeSuite.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "run/RunState.h"
-#include "services/Events.h"
-#include "services/Localisation.h"
-#include "services/TempFiles.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -26,7 +26,6 @@ constexpr qint32 LowestFinishingVersion = 0x00090000;
 // From this version on the suite is ended through its own object; below it, the process that
 // its start added is found in the process table and ended by id.
 constexpr qint32 QuitThroughObjectVersion = 0x00110000;
-constexpr qint32 WaitSliceMs = 100;
 constexpr qint64 BaseTimeLimitMs = 120000;
 constexpr qint64 TimeLimitPerMegabyteMs = 60000;
 
@@ -122,7 +121,7 @@ qint16 FinishWithWord(AppContext& context)
     const WorkingDirectoryGuard guard(context.applicationDir);
     qint16 result = 0;
     ProcessUtilityLibrary& processes = context.processUtility;
-    OfficeSuite& suite = context.officeSuite ? *context.officeSuite : InstalledOfficeSuite();
+    OfficeSuite& suite = context.officeSuite;
 
     const qint32 version = GetWordVersion(context);
     if (version < LowestFinishingVersion)

@@ -1,6 +1,6 @@
 #include "dialogs/ConversionMethodForm.h"
 
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/Forms.h"
 #include "dialogs/LinkLabel.h"
@@ -12,8 +12,8 @@
 #include "options/SettingsStore.h"
 #include "platform/UserLanguage.h"
 #include "run/RunState.h"
+#include "services/DialogLanguage.h"
 #include "services/Help.h"
-#include "services/Localisation.h"
 
 #include <QGroupBox>
 #include <QLabel>

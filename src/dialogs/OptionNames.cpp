@@ -1,6 +1,6 @@
 #include "dialogs/OptionNames.h"
 
-#include "services/Localisation.h"
+#include "core/LocalText.h"
 
 QString DocumentTypeName(qint16& documentType)
 {

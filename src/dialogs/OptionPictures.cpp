@@ -1,7 +1,7 @@
 #include "dialogs/OptionPictures.h"
 
+#include "core/LocalText.h"
 #include "platform/UserLanguage.h"
-#include "services/Localisation.h"
 
 #include <QFont>
 #include <QLabel>

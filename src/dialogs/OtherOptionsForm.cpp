@@ -1,6 +1,6 @@
 #include "dialogs/OtherOptionsForm.h"
 
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "dialogs/ConversionMethodForm.h"
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/Forms.h"
@@ -11,8 +11,8 @@
 #include "dialogs/WelcomeForm.h"
 #include "options/SettingsStore.h"
 #include "run/RunState.h"
+#include "services/DialogLanguage.h"
 #include "services/Help.h"
-#include "services/Localisation.h"
 #include "services/MessageBoxes.h"
 
 #include <QCheckBox>

@@ -1,6 +1,6 @@
 #include "dialogs/Placement.h"
 
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Form.h"
 #include "platform/ApplicationPath.h"

@@ -1,6 +1,7 @@
 #include "dialogs/WelcomeForm.h"
 
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
+#include "core/TempFiles.h"
 #include "dialogs/ConvertFlow.h"
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/Forms.h"
@@ -10,9 +11,8 @@
 #include "dialogs/Placement.h"
 #include "options/SettingsStore.h"
 #include "run/RunState.h"
+#include "services/DialogLanguage.h"
 #include "services/Help.h"
-#include "services/Localisation.h"
-#include "services/TempFiles.h"
 
 #include <QCheckBox>
 #include <QComboBox>

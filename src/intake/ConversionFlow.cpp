@@ -3,7 +3,7 @@
 #include "conversion/OutputNaming.h"
 #include "conversion/OutputTarget.h"
 #include "conversion/WaitForm.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/WelcomeForm.h"
 #include "intake/ConvertFlowFactory.h"

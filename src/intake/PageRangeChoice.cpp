@@ -1,9 +1,9 @@
 #include "intake/PageRangeChoice.h"
 
+#include "core/LocalText.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/WelcomeForm.h"
 #include "intake/PageRangeForm.h"
-#include "services/Localisation.h"
 
 #include <QComboBox>
 #include <QPointer>

@@ -3,7 +3,7 @@
 #include "dialogs/DialogRuntime.h"
 #include "intake/PageRangeRules.h"
 #include "run/RunState.h"
-#include "services/Localisation.h"
+#include "services/DialogLanguage.h"
 #include "services/MessageBoxes.h"
 
 #include <QGroupBox>

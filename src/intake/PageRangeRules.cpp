@@ -1,6 +1,6 @@
 #include "intake/PageRangeRules.h"
 
-#include "services/Localisation.h"
+#include "core/LocalText.h"
 
 #include <QLocale>
 

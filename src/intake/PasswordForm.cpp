@@ -2,7 +2,7 @@
 
 #include "dialogs/DialogRuntime.h"
 #include "run/RunState.h"
-#include "services/Localisation.h"
+#include "services/DialogLanguage.h"
 #include "services/MessageBoxes.h"
 
 #include <QLabel>

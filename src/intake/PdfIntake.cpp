@@ -1,7 +1,9 @@
 #include "intake/PdfIntake.h"
 
 #include "conversion/ThumbnailForm.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
+#include "core/LocalText.h"
+#include "core/TempFiles.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/FileDialogs.h"
 #include "dialogs/Placement.h"
@@ -10,9 +12,7 @@
 #include "options/SettingsStore.h"
 #include "platform/PdfAccessLibrary.h"
 #include "run/RunState.h"
-#include "services/Localisation.h"
 #include "services/MessageBoxes.h"
-#include "services/TempFiles.h"
 
 #include <QDir>
 #include <QGroupBox>

@@ -120,11 +120,10 @@ void LoadSettings(RunState& state, const SettingsShellFactory& shellFactory)
 
     std::unique_ptr<SettingsShell> shell = MakeShell(shellFactory);
 
-    if (const std::optional<QString> document =
-            ReadText(shell.get(), SettingsNames::OptionsDocument))
+    if (const std::optional<QString> document = ReadText(shell.get(), StoreNames::OptionsDocument))
         state.OptionsDocument = *document;
     else
-        WriteText(shell.get(), SettingsNames::OptionsDocument, QString());
+        WriteText(shell.get(), StoreNames::OptionsDocument, QString());
 
     LoadSwitch(shell.get(), SettingsNames::PreviewThumb, state.PreviewThumb);
 
@@ -149,7 +148,7 @@ void SaveOptions(RunState& state, const SettingsShellFactory& shellFactory, bool
     // password fields win, and an unreadable store leaves them at their defaults.
     if (!keepRunPasswords) {
         const QString stored =
-            ReadText(shell.get(), SettingsNames::OptionsDocument).value_or(QString());
+            ReadText(shell.get(), StoreNames::OptionsDocument).value_or(QString());
         ReadStoredNumber(stored, QStringLiteral("PasswordLen"), state.PasswordLen);
         ReadStoredNumber(stored, QStringLiteral("PasswordSeparator"), state.PasswordSeparator);
         if (const std::optional<QString> passwords =
@@ -158,7 +157,7 @@ void SaveOptions(RunState& state, const SettingsShellFactory& shellFactory, bool
     }
 
     const QString document = BuildOptionsDocument(state);
-    WriteText(shell.get(), SettingsNames::OptionsDocument, document);
+    WriteText(shell.get(), StoreNames::OptionsDocument, document);
     WriteNumber(shell.get(), SettingsNames::PreviewThumb, state.PreviewThumb);
     if (state.HostedByWord == 0)
         WriteNumber(shell.get(), SettingsNames::DocumentFormat, state.DocumentFormat);

@@ -1,6 +1,6 @@
 #include "platform/HelpViewer.h"
 
-#include "platform/Shell.h"
+#include "platform/ProcessLauncher.h"
 
 #include <QFileInfo>
 
@@ -11,8 +11,8 @@ const QString ViewerProgram = QStringLiteral("VelmoraHelp");
 class ProgramHelpViewer final : public HelpViewer
 {
 public:
-    explicit ProgramHelpViewer(QString applicationDir)
-        : m_program(applicationDir + u'/' + ViewerProgram)
+    ProgramHelpViewer(ProcessLauncher& launcher, const QString& applicationDir)
+        : m_launcher(launcher), m_program(applicationDir + u'/' + ViewerProgram)
     {
     }
 
@@ -22,24 +22,23 @@ public:
         // The viewer would start and then show nothing for a missing page.
         if (!QFileInfo(pageFile).isFile())
             return Failure::NoSuchPage;
-        ShellExecuteInfo info;
-        info.verb = QStringLiteral("open");
-        info.file = m_program;
-        info.exactArguments = QStringList{contentsFile, pageFile, anchor};
-        if (!ShellExecuteEx(info))
-            return Failure::ViewerDidNotStart;
-        // Nobody waits for the viewer; it is collected when it ends.
-        CloseHandle(info.process);
-        return Failure::None;
+        int error = 0;
+        // Nobody waits for the viewer: it is let go of at once and collected when it ends.
+        const bool started =
+            m_launcher.Start({m_program, {contentsFile, pageFile, anchor}, {}, false}, error) !=
+            nullptr;
+        return started ? Failure::None : Failure::ViewerDidNotStart;
     }
 
 private:
+    ProcessLauncher& m_launcher;
     QString m_program;
 };
 
 }  // namespace
 
-std::unique_ptr<HelpViewer> CreateHelpViewer(const QString& applicationDir)
+std::unique_ptr<HelpViewer> CreateHelpViewer(ProcessLauncher& launcher,
+                                             const QString& applicationDir)
 {
-    return std::make_unique<ProgramHelpViewer>(applicationDir);
+    return std::make_unique<ProgramHelpViewer>(launcher, applicationDir);
 }

@@ -18,5 +18,8 @@ public:
                              const QString& anchor) = 0;
 };
 
-// The viewer program that lies in `applicationDir`.
-std::unique_ptr<HelpViewer> CreateHelpViewer(const QString& applicationDir);
+class ProcessLauncher;
+
+// The viewer program that lies in `applicationDir`, started through `launcher`.
+std::unique_ptr<HelpViewer> CreateHelpViewer(ProcessLauncher& launcher,
+                                             const QString& applicationDir);

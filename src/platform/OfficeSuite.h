@@ -57,12 +57,12 @@ public:
                                                            const OfficeJob& job) = 0;
 };
 
-// LibreOffice with its profile kept in `profileHome`: made by the first conversion, and made
-// anew after a conversion that failed with it.
-std::unique_ptr<OfficeSuite> CreateLibreOffice(const QString& profileHome);
+class ProcessLauncher;
+
+// LibreOffice, started through `launcher`, with its profile kept in `profileHome`: made by the
+// first conversion, and made anew after a conversion that failed with it.
+std::unique_ptr<OfficeSuite> CreateLibreOffice(ProcessLauncher& launcher,
+                                               const QString& profileHome);
 
 // The user's place for that profile: the program's folder in the cache ($XDG_CACHE_HOME).
 QString OfficeProfileHome();
-
-// The suite installed on this system, with the profile in the user's cache.
-OfficeSuite& InstalledOfficeSuite();

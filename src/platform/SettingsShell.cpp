@@ -17,8 +17,8 @@ class QSettingsShell final : public SettingsShell
 {
 public:
     QSettingsShell()
-        : m_settings(QSettings::NativeFormat, QSettings::UserScope, SettingsNames::Organisation,
-                     SettingsNames::Application)
+        : m_settings(QSettings::NativeFormat, QSettings::UserScope, StoreNames::Organisation,
+                     StoreNames::Application)
     {
     }
 

@@ -4,6 +4,8 @@
 // missing value fails) and written, making their keys on the way. The real store is the
 // per-user QSettings of "Velmora Technologies" / "Velmora Sandpiper Converter".
 
+#include "options/OptionsDocument.h"
+
 #include <QString>
 #include <QVariant>
 
@@ -29,10 +31,8 @@ public:
 // which counts as a shell whose every read and write fails.
 using SettingsShellFactory = std::function<std::unique_ptr<SettingsShell>()>;
 
+// The store's values beside the options document (StoreNames::OptionsDocument).
 namespace SettingsNames {
-inline const QString Organisation = QStringLiteral("Velmora Technologies");
-inline const QString Application = QStringLiteral("Velmora Sandpiper Converter");
-inline const QString OptionsDocument = QStringLiteral("VOREK - RTF");
 inline const QString PreviewThumb = QStringLiteral("RTF/PreviewThumb");
 inline const QString DocumentFormat = QStringLiteral("RTF/DocumentFormat");
 inline const QString LaunchWord = QStringLiteral("RTF/LaunchWord");

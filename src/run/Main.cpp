@@ -1,6 +1,6 @@
 #include "run/Main.h"
 
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "dialogs/Forms.h"
 #include "dialogs/WelcomeForm.h"
 #include "options/SettingsStore.h"

@@ -1,12 +1,16 @@
 #include "run/Main.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "dialogs/ConvertFlow.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "intake/ConvertFlowFactory.h"
 #include "platform/ApplicationPath.h"
+#include "platform/DocumentOpener.h"
+#include "platform/FileClock.h"
 #include "platform/HelpViewer.h"
+#include "platform/OfficeSuite.h"
 #include "platform/PdfAccessLibrary.h"
+#include "platform/ProcessLauncher.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "platform/SettingsShell.h"
 #include "platform/WindowGeometry.h"
@@ -32,11 +36,18 @@ int main(int argc, char** argv)
     // The program ends when its last dialog is unloaded, not when a window happens to close.
     QApplication::setQuitOnLastWindowClosed(false);
 
-    const auto help = CreateHelpViewer(applicationDir);
+    const auto launcher = CreateProcessLauncher();
+    const auto opener = CreateDocumentOpener();
+    const auto clock = CreateFileClock();
+    const auto officeSuite = CreateLibreOffice(*launcher, OfficeProfileHome());
+    const auto help = CreateHelpViewer(*launcher, applicationDir);
     const auto processUtility = LoadProcessUtilityLibrary(applicationDir);
     const auto geometry = CreateWindowGeometry();
-    AppContext context{state,     QSettingsShellFactory(), *help, *processUtility,
-                       *geometry, applicationDir};
+    AppContext context{state,        QSettingsShellFactory(),
+                       *help,        *processUtility,
+                       *geometry,    applicationDir,
+                       *launcher,    *opener,
+                       *officeSuite, *clock};
 
     DialogRuntime runtime;
     // F1 in any dialog: its own topic, or the help's start page.

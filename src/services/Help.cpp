@@ -1,7 +1,7 @@
 #include "services/Help.h"
 
+#include "core/LocalText.h"
 #include "platform/HelpViewer.h"
-#include "services/Localisation.h"
 #include "services/MessageBoxes.h"
 
 #include <QDir>

@@ -1,12 +1,53 @@
 #include "services/ShellLaunching.h"
 
-#include "services/Events.h"
-#include "services/Localisation.h"
+#include "core/Events.h"
+#include "core/LocalText.h"
+#include "platform/DocumentOpener.h"
 #include "services/MessageBoxes.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <cerrno>
 
 namespace {
 
-constexpr quint32 WaitSliceMs = 100;
+bool IsOpenVerb(const QString& verb)
+{
+    return verb.isEmpty() || verb == OpenVerb;
+}
+
+QString WithoutSurroundingQuotes(const QString& file)
+{
+    if (file.size() >= 2 && file.startsWith(u'"') && file.endsWith(u'"'))
+        return file.mid(1, file.size() - 2);
+    return file;
+}
+
+// What opening `file` gives: a file that isn't there or can't be read is told apart before the
+// desktop is asked.
+quint32 OpenCode(DocumentOpener& opener, const QString& file)
+{
+    const QString path = WithoutSurroundingQuotes(file);
+    if (path.isEmpty())
+        return ShellCodes::FileNotFound;
+    const QFileInfo info(path);
+    if (!info.exists())
+        return info.absoluteDir().exists() ? ShellCodes::FileNotFound : ShellCodes::PathNotFound;
+    if (!info.isReadable())
+        return ShellCodes::AccessDenied;
+    switch (opener.Open(info.absoluteFilePath())) {
+    case DocumentOpener::Result::Opened:
+        return ShellCodes::Success;
+    case DocumentOpener::Result::NoAssociation:
+        return ShellCodes::NoAssociation;
+    case DocumentOpener::Result::OutOfMemory:
+        return ShellCodes::OutOfMemory;
+    case DocumentOpener::Result::StartFailed:
+        break;
+    }
+    return ShellCodes::GeneralFailure;
+}
 
 // Exact and case-sensitive: "PRINT" is not a print verb.
 bool isPrintVerb(const QString& verb)
@@ -62,51 +103,72 @@ void ReportShellFailure(quint32 code, const QString& verb, const QString& file, 
     ShowMessage(owner, ShellFailureMessage(code, verb, file), MessageIcon::Critical);
 }
 
-void OpenDocument(QWidget* ownerWindow, const QString& path, const qint16& report)
+quint32 StartFailureCode(int error, const QString& program)
 {
-    const quint32 code = ShellExecute(ownerWindow, OpenVerb, path, QString(), ShowNormal);
+    switch (error) {
+    case ENOENT:
+        // A bare name searched on the program path is simply not found.
+        if (!program.contains(u'/') || QFileInfo(program).absoluteDir().exists())
+            return ShellCodes::FileNotFound;
+        return ShellCodes::PathNotFound;
+    case ENOTDIR:
+    case ENAMETOOLONG:
+    case ELOOP:
+        return ShellCodes::PathNotFound;
+    case EACCES:
+    case EPERM:
+    case EISDIR:
+        return ShellCodes::AccessDenied;
+    case ENOMEM:
+    case EAGAIN:
+    case E2BIG:
+        return ShellCodes::OutOfMemory;
+    case ENOEXEC:
+        return ShellCodes::BadFormat;
+    case ETXTBSY:
+        return ShellCodes::SharingViolation;
+    default:
+        return ShellCodes::GeneralFailure;
+    }
+}
+
+void OpenDocument(DocumentOpener& opener, QWidget* ownerWindow, const QString& path,
+                  const qint16& report)
+{
+    const quint32 code = OpenCode(opener, path);
     if (!ShellSucceeded(code) && report != 0)
         ReportShellFailure(code, OpenVerb, path, ownerWindow);
 }
 
-qint32 LaunchProcess(QWidget* ownerWindow, const QString& verb, const QString& file,
-                     const QString& parameters, const qint32& showMode,
-                     ProcessHandle& processHandle, const qint16& report,
-                     const std::optional<QStringList>& exactArguments)
+qint32 LaunchProcess(ProcessLauncher& launcher, QWidget* ownerWindow, const QString& verb,
+                     const QString& file, const QStringList& arguments, const qint32& showMode,
+                     ProcessHandle& processHandle, const qint16& report)
 {
-    ShellExecuteInfo info;
-    info.ownerWindow = ownerWindow;
-    info.verb = verb;
-    info.file = file;
-    info.parameters = parameters;
-    info.exactArguments = exactArguments;
-    info.showMode = showMode;
-    const bool started = ShellExecuteEx(info);
-    if (started)
-        processHandle = info.process;
-    else if (report != 0)
-        ReportShellFailure(info.instApp, verb, file, ownerWindow);
-    return static_cast<qint32>(info.instApp);
+    Q_UNUSED(showMode);
+    quint32 code = ShellCodes::NoAssociation;
+    if (IsOpenVerb(verb)) {
+        const QString program = WithoutSurroundingQuotes(file);
+        int error = 0;
+        ProcessHandle started = launcher.Start({program, arguments, {}, false}, error);
+        code = started ? ShellCodes::Success : StartFailureCode(error, program);
+        if (started)
+            processHandle = std::move(started);
+    }
+    if (!ShellSucceeded(code) && report != 0)
+        ReportShellFailure(code, verb, file, ownerWindow);
+    return static_cast<qint32>(code);
 }
 
-qint32 LaunchAndWait(QWidget* ownerWindow, const QString& verb, const QString& file,
-                     const QString& parameters, qint32 showMode,
-                     const std::optional<QStringList>& exactArguments)
+qint32 LaunchAndWait(ProcessLauncher& launcher, QWidget* ownerWindow, const QString& verb,
+                     const QString& file, const QStringList& arguments, qint32 showMode)
 {
-    ProcessHandle process = ProcessHandle::None;
+    ProcessHandle process;
     const qint16 report = -1;
-    const qint32 code = LaunchProcess(ownerWindow, verb, file, parameters, showMode, process,
-                                      report, exactArguments);
-    if (ShellSucceeded(static_cast<quint32>(code)) && process != ProcessHandle::None) {
-        for (;;) {
-            const quint32 waited = WaitForSingleObject(process, WaitSliceMs);
-            // A handle that cannot be waited on never will be: end rather than spin forever.
-            if (waited == WaitResults::Object0 || waited == WaitResults::Failed)
-                break;
+    const qint32 code =
+        LaunchProcess(launcher, ownerWindow, verb, file, arguments, showMode, process, report);
+    if (process) {
+        while (!process->WaitForEnd(WaitSliceMs))
             PumpEvents();
-        }
     }
-    if (process != ProcessHandle::None)
-        CloseHandle(process);
     return code;
 }

@@ -26,16 +26,6 @@ bool Japanese()
     return qEnvironmentVariable("VELMORA_TEST_LOCALE") == QStringLiteral("ja");
 }
 
-// An office suite that isn't installed.
-struct NoOfficeSuite final : OfficeSuite
-{
-    QString FindProgram() override { return {}; }
-    std::unique_ptr<OfficeProcess> StartConversion(const QString&, const OfficeJob&) override
-    {
-        return nullptr;
-    }
-};
-
 // A plain owner for the progress dialog.
 class OwnerForm final : public Form
 {
@@ -68,7 +58,6 @@ protected:
         ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_STAND_IN_ENGINE),
                                 appDir.filePath(QStringLiteral("VelmoraConverter"))));
         env.context.applicationDir = appDir.path();
-        env.context.officeSuite = &office;
         env.state.RunMode = 1;
         env.state.DocumentFormat = 2;
         env.state.LaunchWord = 0;
@@ -102,7 +91,6 @@ protected:
 
     QTemporaryDir appDir;
     QTemporaryDir work;
-    NoOfficeSuite office;
     FakeEnvironment env;
     DialogRuntime runtime;
 };
@@ -237,10 +225,10 @@ TEST_F(ConversionRunTest, FailedFinishingIsToldAndTheFileNamedForWhatItHolds)
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         QTemporaryDir folder;
-        FakeOfficeSuite word;
+        FakeOfficeSuite& word = env.officeSuite;
         word.programPath = QStringLiteral("/usr/lib/office/soffice.bin");
+        word.run = FakeOfficeRun{};
         word.run.succeeds = false;
-        env.context.officeSuite = &word;
         env.processUtility.fileVersions.insert(word.programPath, 0x00070004);
         env.state.DocumentFormat = 1;
         env.state.HostedByWord = row.hosted;
@@ -268,10 +256,8 @@ TEST_F(ConversionRunTest, FailedFinishingIsToldAndTheFileNamedForWhatItHolds)
 // question must be about that file, not the one typed.
 TEST_F(ConversionRunTest, SaveDialogAsksBeforeReplacingTheFileThatWillReallyBeWritten)
 {
-    FakeOfficeSuite word;
-    word.programPath = QStringLiteral("/usr/lib/office/soffice.bin");
-    env.context.officeSuite = &word;
-    env.processUtility.fileVersions.insert(word.programPath, 0x00070004);
+    env.officeSuite.programPath = QStringLiteral("/usr/lib/office/soffice.bin");
+    env.processUtility.fileVersions.insert(env.officeSuite.programPath, 0x00070004);
     env.state.DocumentFormat = 1;
     const QString victim = work.filePath(QStringLiteral("victim.doc"));
     WriteFile(victim, "precious");

@@ -150,15 +150,14 @@ TEST_F(InstalledSuiteLookup, FollowsTheLauncherLinkToTheProgramBesideIt)
     WriteFile(m_programDir + QStringLiteral("/bootstraprc"),
               "[Bootstrap]\nProductKey=LibreOffice 7.4\n", false);
 
-    EXPECT_EQ(InstalledOfficeSuite().FindProgram(), m_programDir + QStringLiteral("/soffice.bin"));
+    const auto launcher = CreateProcessLauncher();
+    const auto suite = CreateLibreOffice(*launcher, QDir::tempPath());
+    EXPECT_EQ(suite->FindProgram(), m_programDir + QStringLiteral("/soffice.bin"));
 
-    RunState state;
-    FakeStore store;
-    FakeHelpViewer help;
-    FakeWindowGeometry geometry;
+    FakeEnvironment env;
     const auto library = LoadProcessUtilityLibrary(QStringLiteral(VELMORA_APP_DIR));
-    AppContext context{state,    store.Factory(), help,
-                       *library, geometry,        QStringLiteral(VELMORA_APP_DIR)};
+    AppContext context{env.state,       env.store.Factory(), env.help,   *library, env.geometry,
+                       VELMORA_APP_DIR, env.launcher,        env.opener, *suite,   env.clock};
     EXPECT_EQ(GetWordVersion(context), 0x00100004);
 }
 
@@ -169,7 +168,8 @@ TEST_F(InstalledSuiteLookup, AProgramThatCantBeRunIsNoSuite)
               "ELF",
               false);
 
-    const QString found = InstalledOfficeSuite().FindProgram();
+    const auto launcher = CreateProcessLauncher();
+    const QString found = CreateLibreOffice(*launcher, QDir::tempPath())->FindProgram();
     EXPECT_NE(found, m_programDir + QStringLiteral("/soffice.bin"));
     // Only the distribution's own installation may still be found.
     if (!found.isEmpty()) {

@@ -1,5 +1,6 @@
 #include "conversion/WordFinishing.h"
 #include "platform/OfficeSuite.h"
+#include "platform/ProcessLauncher.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "support/FakeServices.h"
 
@@ -390,7 +391,7 @@ protected:
                             "  fail) exit 1;;\n"
                             "esac\n");
         QFile::setPermissions(m_program, QFile::permissions(m_program) | QFileDevice::ExeOwner);
-        m_suite = CreateLibreOffice(dir.filePath(QStringLiteral("cache")));
+        m_suite = CreateLibreOffice(*m_launcher, dir.filePath(QStringLiteral("cache")));
     }
 
     OfficeJob Job(const QString& work)
@@ -429,6 +430,7 @@ protected:
 
     QTemporaryDir m_dir;
     QString m_program;
+    std::unique_ptr<ProcessLauncher> m_launcher = CreateProcessLauncher();
     std::unique_ptr<OfficeSuite> m_suite;
 };
 
@@ -508,7 +510,7 @@ class RealOffice : public ::testing::Test
 protected:
     void SetUp() override
     {
-        m_program = InstalledOfficeSuite().FindProgram();
+        m_program = m_suite->FindProgram();
         if (m_program.isEmpty())
             GTEST_SKIP() << "no office suite installed";
     }
@@ -544,6 +546,8 @@ protected:
         return m_other.waitForStarted(10000);
     }
 
+    std::unique_ptr<ProcessLauncher> m_launcher = CreateProcessLauncher();
+    std::unique_ptr<OfficeSuite> m_suite = CreateLibreOffice(*m_launcher, OfficeProfileHome());
     QString m_program;
     QTemporaryDir m_otherTemp;
     QProcess m_other;
@@ -560,14 +564,11 @@ TEST_F(RealOffice, WritesAWordDocumentInPlaceAndLeavesOtherOfficesAlone)
     WriteAll(target, "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0 Times New Roman;}}\\f0 Quarterly "
                      "report \\u26085?\\u26412?\\u-30942?\\par}");
 
-    RunState state;
-    state.OutputPath = target;
-    FakeStore store;
-    FakeHelpViewer help;
-    FakeWindowGeometry geometry;
+    FakeEnvironment env;
+    env.state.OutputPath = target;
     const auto library = LoadProcessUtilityLibrary(QStringLiteral(VELMORA_APP_DIR));
-    AppContext context{state,    store.Factory(), help,
-                       *library, geometry,        QStringLiteral(VELMORA_APP_DIR)};
+    AppContext context{env.state,       env.store.Factory(), env.help,   *library, env.geometry,
+                       VELMORA_APP_DIR, *m_launcher,         env.opener, *m_suite, env.clock};
     const qint32 before = library->GetProcessCount(OfficeProcessName);
     ASSERT_GE(before, 1);
     const QStringList tempBefore = Entries(QDir::tempPath());

@@ -141,7 +141,7 @@ protected:
     // A stored option value as the store now holds it, or empty when it was never written.
     QString StoredOption(const QString& key)
     {
-        const QString document = env.store.values.value(SettingsNames::OptionsDocument).toString();
+        const QString document = env.store.values.value(StoreNames::OptionsDocument).toString();
         if (document.isEmpty())
             return {};
         return ReadOptionValue(document, key, QString()).value_or(QString());

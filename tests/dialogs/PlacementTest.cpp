@@ -216,7 +216,9 @@ struct PlacementBench
     FakeEnvironment env;
     QTemporaryDir appDir;
     DirectorySpy spy{env.processUtility};
-    AppContext context{env.state, env.store.Factory(), env.help, spy, env.geometry, appDir.path()};
+    AppContext context{
+        env.state,    env.store.Factory(), env.help,        spy,      env.geometry, appDir.path(),
+        env.launcher, env.opener,          env.officeSuite, env.clock};
     DialogRuntime runtime;
     PlainForm dialog{runtime};
 };

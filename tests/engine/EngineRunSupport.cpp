@@ -21,7 +21,7 @@ void StoreOptions(const std::function<void(RunState&)>& edit)
         edit(state);
     const auto shell = QSettingsShellFactory()();
     ASSERT_TRUE(shell);
-    ASSERT_TRUE(shell->RegWrite(SettingsNames::OptionsDocument, BuildOptionsDocument(state)));
+    ASSERT_TRUE(shell->RegWrite(StoreNames::OptionsDocument, BuildOptionsDocument(state)));
 }
 
 EngineResult RunEngine(const QStringList& arguments, int timeoutMs)

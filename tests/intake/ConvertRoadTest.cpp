@@ -3,7 +3,7 @@
 
 #include "PdfFixtures.h"
 #include "TestPaths.h"
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "dialogs/WelcomeForm.h"
@@ -113,8 +113,15 @@ protected:
         LoadProcessUtilityLibrary(QStringLiteral(VELMORA_APP_DIR));
     std::unique_ptr<WindowGeometry> geometry = CreateWindowGeometry();
     std::unique_ptr<PdfAccessLibrary> pdfAccess = CreatePdfAccessLibrary();
-    AppContext context{state,     QSettingsShellFactory(),        help, *processUtility,
-                       *geometry, QStringLiteral(VELMORA_APP_DIR)};
+    std::unique_ptr<ProcessLauncher> launcher = CreateProcessLauncher();
+    FakeOpener opener;
+    std::unique_ptr<OfficeSuite> officeSuite = CreateLibreOffice(*launcher, OfficeProfileHome());
+    std::unique_ptr<FileClock> clock = CreateFileClock();
+    AppContext context{state,        QSettingsShellFactory(),
+                       help,         *processUtility,
+                       *geometry,    VELMORA_APP_DIR,
+                       *launcher,    opener,
+                       *officeSuite, *clock};
     DialogRuntime runtime;
     ConversionFlow flow{context, *pdfAccess};
     Forms forms{runtime, context, flow};

@@ -12,7 +12,7 @@
 #include "intake/PageRangeForm.h"
 #include "intake/PasswordForm.h"
 #include "services/DialogFonts.h"
-#include "services/Localisation.h"
+#include "services/DialogLanguage.h"
 
 #include <QCheckBox>
 #include <QGroupBox>

@@ -77,7 +77,7 @@ TEST_F(SettingsShellTest, FirstStartLeavesAPrivateStoreWithAllFourValues)
 
     ASSERT_TRUE(QFileInfo::exists(m_path));
     EXPECT_EQ(Mode(), 0600);
-    EXPECT_EQ(Read(SettingsNames::OptionsDocument).value_or(QVariant()).toString(), QString());
+    EXPECT_EQ(Read(StoreNames::OptionsDocument).value_or(QVariant()).toString(), QString());
     for (const QString& name :
          {SettingsNames::PreviewThumb, SettingsNames::DocumentFormat, SettingsNames::LaunchWord})
         EXPECT_EQ(Read(name).value_or(QVariant()).toInt(), 1) << name.toStdString();
@@ -141,8 +141,8 @@ TEST_F(SettingsShellTest, TextsComeBackExactly)
     };
     for (const QString& text : texts) {
         SCOPED_TRACE(text.left(60).toStdString());
-        ASSERT_TRUE(QSettingsShellFactory()()->RegWrite(SettingsNames::OptionsDocument, text));
-        const std::optional<QVariant> read = Read(SettingsNames::OptionsDocument);
+        ASSERT_TRUE(QSettingsShellFactory()()->RegWrite(StoreNames::OptionsDocument, text));
+        const std::optional<QVariant> read = Read(StoreNames::OptionsDocument);
         ASSERT_TRUE(read.has_value());
         EXPECT_EQ(read->toString(), text);
     }
@@ -241,7 +241,7 @@ TEST_F(SettingsShellTest, HandWrittenValuesReadAsTheTextTheyHold)
     for (const auto& [raw, expected] : rows) {
         SCOPED_TRACE(raw.toStdString());
         WriteRawStore("[General]\nVOREK%20-%20RTF=" + raw + "\n");
-        const std::optional<QVariant> read = Read(SettingsNames::OptionsDocument);
+        const std::optional<QVariant> read = Read(StoreNames::OptionsDocument);
         EXPECT_EQ(read ? std::optional<QString>(read->toString()) : std::nullopt, expected);
     }
 }
@@ -262,8 +262,8 @@ TEST_F(SettingsShellTest, AStoreThatCantBeOpenedGivesTheDefaults)
     SaveOptions(state, QSettingsShellFactory(), false);
     EXPECT_TRUE(state.OptionsDocument.contains(QStringLiteral("\"JpegQuality\" value = \"20\"")));
     EXPECT_TRUE(QFileInfo(m_path).isDir());
-    EXPECT_FALSE(QSettingsShellFactory()()->RegWrite(SettingsNames::OptionsDocument, "x"));
-    EXPECT_FALSE(Read(SettingsNames::OptionsDocument).has_value());
+    EXPECT_FALSE(QSettingsShellFactory()()->RegWrite(StoreNames::OptionsDocument, "x"));
+    EXPECT_FALSE(Read(StoreNames::OptionsDocument).has_value());
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 
 namespace {
 
-const QString Document = SettingsNames::OptionsDocument;
+const QString Document = StoreNames::OptionsDocument;
 const QString PreviewThumb = SettingsNames::PreviewThumb;
 const QString DocumentFormat = SettingsNames::DocumentFormat;
 const QString LaunchWord = SettingsNames::LaunchWord;

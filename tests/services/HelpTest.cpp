@@ -1,6 +1,7 @@
 #include "RecorderSupport.h"
 
 #include "platform/HelpViewer.h"
+#include "platform/ProcessLauncher.h"
 #include "platform/helpviewer/HelpWindow.h"
 #include "services/Help.h"
 #include "support/FakeServices.h"
@@ -133,7 +134,8 @@ TEST(HelpTest, TheViewerProgramGetsThePagesAndIsNotWaitedFor)
     qputenv("VELMORA_RECORD_FILE", QFile::encodeName(record));
     qputenv("VELMORA_RECORD_DELAY_MS", "1500");
 
-    const std::unique_ptr<HelpViewer> viewer = CreateHelpViewer(appDir.path());
+    const auto launcher = CreateProcessLauncher();
+    const std::unique_ptr<HelpViewer> viewer = CreateHelpViewer(*launcher, appDir.path());
     const QString page = QStringLiteral(VELMORA_APP_DIR "/Sandpiper/options.htm");
     const QString start = QStringLiteral(VELMORA_APP_DIR "/Sandpiper/Vorek/use.htm");
     EXPECT_EQ(viewer->ShowPage(start, page, QStringLiteral("convertPDFType")),

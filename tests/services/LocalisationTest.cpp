@@ -1,7 +1,7 @@
 #include "LocaleSupport.h"
 
 #include "platform/UserLanguage.h"
-#include "services/Localisation.h"
+#include "services/DialogLanguage.h"
 
 #include <QCheckBox>
 #include <QDialog>

@@ -168,7 +168,49 @@ private:
     FakeOfficeRun& m_run;
 };
 
+class FakeRunningProgram final : public RunningProcess
+{
+public:
+    explicit FakeRunningProgram(FakeProgram program) : m_program(program) {}
+
+    bool WaitForEnd(qint32) override
+    {
+        if (m_program.waits < 0)
+            return false;
+        if (m_waited < m_program.waits)
+            ++m_waited;
+        return m_waited >= m_program.waits;
+    }
+    std::optional<int> ExitCode() override
+    {
+        if (m_program.waits < 0 || m_waited < m_program.waits)
+            return std::nullopt;
+        return m_program.exitCode;
+    }
+    void Terminate() override {}
+    void Kill() override {}
+    qint64 ProcessorTimeMs() override { return -1; }
+
+private:
+    FakeProgram m_program;
+    qint32 m_waited = 0;
+};
+
 }  // namespace
+
+std::unique_ptr<RunningProcess> FakeLauncher::Start(const LaunchRequest& request, int& error)
+{
+    requests.append(request);
+    if (startError != 0) {
+        error = startError;
+        return nullptr;
+    }
+    if (!programs.contains(request.program))
+        return real->Start(request, error);
+    if (onStart)
+        onStart(request);
+    return std::make_unique<FakeRunningProgram>(programs.value(request.program));
+}
 
 QString FakeOfficeSuite::FindProgram()
 {

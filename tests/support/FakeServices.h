@@ -3,9 +3,12 @@
 // Stand-ins for the platform services, so that tests decide what the store holds, whether the
 // help viewer starts and which windows exist.
 
-#include "dialogs/AppContext.h"
+#include "core/AppContext.h"
+#include "platform/DocumentOpener.h"
+#include "platform/FileClock.h"
 #include "platform/HelpViewer.h"
 #include "platform/OfficeSuite.h"
+#include "platform/ProcessLauncher.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "platform/SettingsShell.h"
 #include "platform/WindowGeometry.h"
@@ -124,6 +127,51 @@ struct FakeWindowGeometry final : WindowGeometry
     ScreenRect desktop{0, 0, 1280, 1024};
 };
 
+// A program of FakeLauncher's: it ends by itself after `waits` calls of WaitForEnd (never
+// with -1), with `exitCode`.
+struct FakeProgram final
+{
+    qint32 waits = 0;
+    int exitCode = 0;
+};
+
+// Records every start. A program that `programs` names is played by a FakeProgram, after
+// `onStart` has acted for it (writing its output, say); any other is started for real, so that
+// a test can use a stand-in program of its own.
+struct FakeLauncher final : ProcessLauncher
+{
+    std::unique_ptr<RunningProcess> Start(const LaunchRequest& request, int& error) override;
+
+    QMap<QString, FakeProgram> programs;
+    std::function<void(const LaunchRequest&)> onStart;
+    int startError = 0;  // non-zero: every start fails with it
+    QList<LaunchRequest> requests;
+    std::unique_ptr<ProcessLauncher> real = CreateProcessLauncher();
+};
+
+struct FakeOpener final : DocumentOpener
+{
+    Result Open(const QString& path) override
+    {
+        opened.append(path);
+        return result;
+    }
+    Result result = Result::Opened;
+    QStringList opened;
+};
+
+// The file system's clock, unless `now` is set.
+struct FakeClock final : FileClock
+{
+    QDateTime Now(const QString& directory) override
+    {
+        return now.isValid() ? now : real->Now(directory);
+    }
+    QDateTime WrittenAt(const QString& path) override { return real->WrittenAt(path); }
+    QDateTime now;
+    std::unique_ptr<FileClock> real = CreateFileClock();
+};
+
 // A complete set of fakes and the context that hands them out.
 struct FakeEnvironment final
 {
@@ -132,8 +180,12 @@ struct FakeEnvironment final
     FakeHelpViewer help;
     FakeProcessUtility processUtility;
     FakeWindowGeometry geometry;
+    FakeLauncher launcher;
+    FakeOpener opener;
     FakeOfficeSuite officeSuite;
+    FakeClock clock;
     AppContext context{state,          store.Factory(), help,
                        processUtility, geometry,        QStringLiteral("/opt/velmora"),
-                       &officeSuite};
+                       launcher,       opener,          officeSuite,
+                       clock};
 };

@@ -2,7 +2,7 @@
 // free of Qt.
 #include <gio/gio.h>
 
-#include "platform/DesktopOpener.h"
+#include "platform/GioOpen.h"
 
 OpenResult OpenWithAssociatedApplication(const std::string& path)
 {

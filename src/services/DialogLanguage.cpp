@@ -1,4 +1,4 @@
-#include "services/Localisation.h"
+#include "services/DialogLanguage.h"
 
 #include "platform/UserLanguage.h"
 
@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr qint32 JapaneseOffset = 50000;
 const QString JapaneseFontFamily = QStringLiteral("MS UI-Gothic");
 constexpr qreal JapaneseFontPoints = 9.0;
 
@@ -29,19 +28,6 @@ std::optional<QString> joinedRows(qint32 offset, const QList<qint32>& ids)
 }
 
 }  // namespace
-
-qint32 LanguageOffset(qint32 language)
-{
-    return language == LanguageJapanese ? JapaneseOffset : -1;
-}
-
-QString LocalText(qint32 id, const QString& fallback)
-{
-    const qint32 offset = LanguageOffset(GetUserDefaultLangID());
-    if (offset < 0)
-        return fallback;
-    return LoadResString(offset + id).value_or(QString());
-}
 
 void ApplyDialogFont(QWidget& dialog, qint32 language)
 {

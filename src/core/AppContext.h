@@ -1,15 +1,19 @@
 #pragma once
 
-// What the dialogs are handed instead of reaching for globals: the run's record and the
-// platform services, each chosen once in Main (tests pass fakes).
+// What the dialogs and the conversion are handed instead of reaching for globals: the run's
+// record and the platform's services, each chosen once in the program's composition (tests pass
+// fakes).
 
 #include "platform/SettingsShell.h"
 
 #include <QString>
 
 struct RunState;
+class DocumentOpener;
+class FileClock;
 class HelpViewer;
 class OfficeSuite;
+class ProcessLauncher;
 class ProcessUtilityLibrary;
 class WindowGeometry;
 
@@ -21,6 +25,8 @@ struct AppContext final
     ProcessUtilityLibrary& processUtility;
     WindowGeometry& geometry;
     QString applicationDir;
-    // The office suite that finishes .doc files; null means the one installed here.
-    OfficeSuite* officeSuite = nullptr;
+    ProcessLauncher& launcher;
+    DocumentOpener& opener;
+    OfficeSuite& officeSuite;
+    FileClock& clock;
 };

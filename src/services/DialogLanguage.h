@@ -1,40 +1,17 @@
 #pragma once
 
-// English is built in; Japanese is an overlay of a string table and six pictures, applied
-// when a dialog loads and whenever a message is composed. The language is asked anew at
-// each use.
+// Puts a dialog into the user's language when it loads: the Japanese interface's font on every
+// control, and the texts of the string table on the controls that show them.
+
+#include "core/LocalText.h"
 
 #include <QList>
 #include <QString>
 #include <QtGlobal>
 
 #include <functional>
-#include <optional>
 
 class QWidget;
-
-inline constexpr qint32 LanguageJapanese = 1041;
-
-// Texts this platform adds to the program's own: the ids of their rows.
-namespace PlatformTexts {
-inline constexpr qint32 PasswordWithQuote = 7001;
-inline constexpr qint32 HelpPageFailed = 7002;
-inline constexpr qint32 SavedAsRichText = 7003;
-inline constexpr qint32 PdfLibraryMissing = 7004;
-inline constexpr qint32 HelpPageMissing = 7005;
-inline constexpr qint32 HelpViewerFailed = 7006;
-}  // namespace PlatformTexts
-
-// 50000 for Japanese, -1 (no table) for every other language.
-qint32 LanguageOffset(qint32 language);
-
-// The text of one row of the string table (text id + language offset), empty when there is
-// no such row.
-std::optional<QString> LoadResString(qint32 row);
-
-// The text for `id` in the user's language: the fallback in English, the table's text in
-// Japanese, and the empty text for an id the table lacks.
-QString LocalText(qint32 id, const QString& fallback);
 
 // In Japanese, every control of the dialog that has a font gets the Japanese UI font at
 // 9 points, keeping weight and underline; other languages change nothing.

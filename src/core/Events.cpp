@@ -1,4 +1,4 @@
-#include "services/Events.h"
+#include "core/Events.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,4 @@
-#include "services/Localisation.h"
+#include "core/LocalText.h"
 
 #include <algorithm>
 #include <array>

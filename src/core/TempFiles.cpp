@@ -1,4 +1,4 @@
-#include "services/TempFiles.h"
+#include "core/TempFiles.h"
 
 #include <QDir>
 #include <QFile>
