@@ -5,14 +5,14 @@
 #include "dialogs/OtherOptionsForm.h"
 #include "dialogs/WelcomeForm.h"
 
-Forms::Forms(DialogRuntime& runtime, AppContext& context, ConvertFlow& flow)
-    : m_runtime(runtime), m_context(context), m_flow(flow)
+Forms::Forms(DialogRuntime& runtime, AppContext& context, ConversionController& controller)
+    : m_runtime(runtime), m_context(context), m_controller(controller)
 {
 }
 
 WelcomeForm& Forms::Welcome()
 {
-    return m_runtime.Instance(m_welcome, *this, m_flow);
+    return m_runtime.Instance(m_welcome, *this, m_controller);
 }
 
 DocumentTypeForm& Forms::DocumentType()

@@ -7,7 +7,7 @@
 #include <QPointer>
 
 struct AppContext;
-class ConvertFlow;
+class ConversionController;
 class WelcomeForm;
 class DocumentTypeForm;
 class ConversionMethodForm;
@@ -16,7 +16,7 @@ class OtherOptionsForm;
 class Forms final
 {
 public:
-    Forms(DialogRuntime& runtime, AppContext& context, ConvertFlow& flow);
+    Forms(DialogRuntime& runtime, AppContext& context, ConversionController& controller);
 
     DialogRuntime& Runtime() const { return m_runtime; }
     AppContext& Context() const { return m_context; }
@@ -29,7 +29,7 @@ public:
 private:
     DialogRuntime& m_runtime;
     AppContext& m_context;
-    ConvertFlow& m_flow;
+    ConversionController& m_controller;
     QPointer<WelcomeForm> m_welcome;
     QPointer<DocumentTypeForm> m_documentType;
     QPointer<ConversionMethodForm> m_conversionMethod;

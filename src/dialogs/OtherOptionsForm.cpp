@@ -9,6 +9,7 @@
 #include "dialogs/OptionPictures.h"
 #include "dialogs/Placement.h"
 #include "dialogs/WelcomeForm.h"
+#include "options/OptionRules.h"
 #include "options/SettingsStore.h"
 #include "run/RunState.h"
 #include "services/DialogLanguage.h"
@@ -218,9 +219,9 @@ void OtherOptionsForm::Form_Activate()
 void OtherOptionsForm::LoadOptions()
 {
     RunState& state = m_forms.Context().state;
-
+    state.DocumentType = KnownDocumentType(state.DocumentType);
     SetControlText(*m_labelDocumentType, DocumentTypeName(state.DocumentType));
-
+    state.ConversionMethod = KnownConversionMethod(state.ConversionMethod);
     SetControlText(*m_labelConversionMethod, ConversionMethodName(state.ConversionMethod));
 
     // Only a field of 1 touches its box: a box the user cleared on an earlier visit stays so.
@@ -234,17 +235,11 @@ void OtherOptionsForm::LoadOptions()
         if (field == 1)
             box->setChecked(true);
     }
+    const AdvancedControls controls = AdvancedControlsFor(state, state.HostedByWord != 0);
     for (const auto& [box, field] : textFeatures)
-        box->setEnabled(true);
-
-    // Text boxes carry no header lines of their own, and flowing text none of these features.
-    if (state.ConversionMethod == 2) {
-        m_checkHeader->setEnabled(false);
-    } else if (state.ConversionMethod == 3) {
-        for (const auto& [box, field] : textFeatures)
-            box->setEnabled(false);
-    }
-    if (state.DocumentType == 3)
+        box->setEnabled(controls.textFeatures);
+    m_checkHeader->setEnabled(controls.header);
+    if (controls.headerLocked)
         m_checkHeader->setChecked(true);
     if (state.WordArt == 1)
         m_checkWordArt->setChecked(true);
@@ -255,29 +250,20 @@ void OtherOptionsForm::LoadOptions()
     m_sliderQuality->setValue(state.JpegQuality);
     m_labelQuality->setText(QString::number(m_sliderQuality->value()));
 
-    if (state.DocumentFormat == 1) {
-        m_optionExtDoc->setChecked(true);
-        OptionExtDoc_Click();
-    } else {
-        if (state.DocumentFormat != 2)
-            state.DocumentFormat = 2;
-        m_optionExtRtf->setChecked(true);
-        OptionExtRtf_Click();
-    }
-
+    if (state.DocumentFormat != 1)
+        state.DocumentFormat = 2;
     // The word processor we work for takes its own format only.
-    if (state.HostedByWord == 0) {
-        m_optionExtRtf->setEnabled(true);
-        m_imageRtf->setEnabled(true);
-    } else {
-        m_optionExtDoc->setChecked(true);
+    const bool doc = state.DocumentFormat == 1 || !controls.richTextFormat;
+    (doc ? m_optionExtDoc : m_optionExtRtf)->setChecked(true);
+    if (doc)
         OptionExtDoc_Click();
-        m_optionExtRtf->setEnabled(false);
-        m_imageRtf->setEnabled(false);
-    }
+    else
+        OptionExtRtf_Click();
+    m_optionExtRtf->setEnabled(controls.richTextFormat);
+    m_imageRtf->setEnabled(controls.richTextFormat);
 }
 
-bool OtherOptionsForm::UpdateOptions()
+void OtherOptionsForm::UpdateOptions()
 {
     RunState& state = m_forms.Context().state;
     state.MergeParagraph = m_checkPreserve->isChecked() ? 1 : 0;
@@ -291,12 +277,13 @@ bool OtherOptionsForm::UpdateOptions()
         state.DocumentFormat = 1;
     else if (m_optionExtRtf->isChecked())
         state.DocumentFormat = 2;
-    return true;
 }
 
 void OtherOptionsForm::CheckHeader_Click()
 {
-    if (m_checkHeader->isChecked() || m_forms.Context().state.DocumentType != 3)
+    const RunState& state = m_forms.Context().state;
+    if (m_checkHeader->isChecked() ||
+        !AdvancedControlsFor(state, state.HostedByWord != 0).headerLocked)
         return;
     // A pleading's header lines are part of its layout; the box goes back on at once, and
     // the event that raises finds it on.
@@ -309,8 +296,8 @@ void OtherOptionsForm::CheckHeader_Click()
 
 void OtherOptionsForm::ComboImage_Click()
 {
-    // A bitmap has no quality to choose; the quality kept for JPEG is left as it is.
-    const bool jpeg = m_comboImage->currentIndex() != 1;
+    // The quality kept for JPEG is left as it is while a bitmap is chosen.
+    const bool jpeg = QualityApplies(m_comboImage->currentIndex() == 1 ? 1 : 0);
     for (QWidget* control :
          {static_cast<QWidget*>(m_sliderQuality), static_cast<QWidget*>(m_labelImageQuality),
           static_cast<QWidget*>(m_labelQuality), static_cast<QWidget*>(m_labelPercent)})
@@ -366,22 +353,19 @@ bool OtherOptionsForm::eventFilter(QObject* watched, QEvent* event)
 
 void OtherOptionsForm::LabelDocumentType_Click()
 {
-    if (!UpdateOptions())
-        return;
+    UpdateOptions();
     LeadOnTo(*this, m_forms.DocumentType(), m_forms.Welcome());
 }
 
 void OtherOptionsForm::LabelConversionMethod_Click()
 {
-    if (!UpdateOptions())
-        return;
+    UpdateOptions();
     LeadOnTo(*this, m_forms.ConversionMethod(), m_forms.Welcome());
 }
 
 void OtherOptionsForm::ButtonDone_Click()
 {
-    if (!UpdateOptions())
-        return;
+    UpdateOptions();
     AppContext& context = m_forms.Context();
     SaveOptions(context.state, context.settings, false);
     Runtime().Unload(*this);

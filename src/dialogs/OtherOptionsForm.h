@@ -1,10 +1,11 @@
 #pragma once
 
-// The last option page: the text features the engine carries over, the image format and its
-// quality, and the output format. It shows the document type and the conversion method as
-// links back to their pages, and holds most of the rules that tie the options together.
+// The Advanced Options page, the last option page: the text features the engine carries over,
+// the image format and its quality, and the output format. It shows the document type and the
+// conversion method as links back to their pages, and obeys the rules between the options.
 
 #include "dialogs/Form.h"
+#include "dialogs/OptionPage.h"
 
 class Forms;
 class LinkLabel;
@@ -16,7 +17,7 @@ class QPushButton;
 class QRadioButton;
 class QSlider;
 
-class OtherOptionsForm final : public Form
+class OtherOptionsForm final : public Form, public OptionPage
 {
     Q_OBJECT
 
@@ -26,9 +27,9 @@ public:
 
     // Shows the run's options and applies the rules between them. A box whose field is not 1
     // keeps the state it had, so this never clears a box.
-    void LoadOptions();
-    // Writes every control back, disabled ones too; always true.
-    bool UpdateOptions();
+    void LoadOptions() override;
+    // Writes every control back, disabled ones too.
+    void UpdateOptions() override;
 
 protected:
     void Form_Load() override;

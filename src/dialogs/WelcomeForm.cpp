@@ -2,13 +2,14 @@
 
 #include "core/AppContext.h"
 #include "core/TempFiles.h"
-#include "dialogs/ConvertFlow.h"
+#include "dialogs/ConversionController.h"
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/Forms.h"
 #include "dialogs/LinkLabel.h"
 #include "dialogs/OptionNames.h"
 #include "dialogs/OtherOptionsForm.h"
 #include "dialogs/Placement.h"
+#include "options/OptionRules.h"
 #include "options/SettingsStore.h"
 #include "run/RunState.h"
 #include "services/DialogLanguage.h"
@@ -19,6 +20,7 @@
 #include <QDir>
 #include <QGroupBox>
 #include <QLabel>
+#include <QPixmap>
 #include <QPushButton>
 
 namespace {
@@ -31,8 +33,8 @@ constexpr float ValueColumn = 1800;
 
 }  // namespace
 
-WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow)
-    : Form(runtime), m_forms(forms), m_flow(flow)
+WelcomeForm::WelcomeForm(DialogRuntime& runtime, Forms& forms, ConversionController& controller)
+    : Form(runtime), m_forms(forms), m_controller(controller)
 {
     setObjectName(QStringLiteral("WelcomeForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
@@ -192,14 +194,48 @@ void WelcomeForm::Form_Activate()
     if (m_activated || m_intakeUnderWay || context.state.RunMode != RunModes::Convert)
         return;
     m_intakeUnderWay = true;
-    m_flow.RunIntake(*this, startDirectory);
+    const IntakeOutcome outcome = m_controller.RunIntake(*this, startDirectory);
     m_intakeUnderWay = false;
+    if (!outcome.passed) {
+        Runtime().Unload(*this);
+        return;
+    }
+    m_activated = true;
+    ShowPreview(outcome.previewPicture);
+}
+
+void WelcomeForm::ShowPreview(const QString& picturePath)
+{
+    const QPixmap picture(picturePath);
+    if (picturePath.isEmpty() || picture.isNull()) {
+        // The label beneath it says "N/A".
+        m_pictureThumb->setVisible(false);
+        return;
+    }
+    const float frameLeft = ScaleXToTwips(static_cast<float>(m_framePreview->x()));
+    const float frameTop = ScaleYToTwips(static_cast<float>(m_framePreview->y()));
+    const float frameWidth = ScaleXToTwips(static_cast<float>(m_framePreview->width()));
+    const float frameHeight = ScaleYToTwips(static_cast<float>(m_framePreview->height()));
+    const float width = ScaleXToTwips(static_cast<float>(picture.width()));
+    float height = ScaleYToTwips(static_cast<float>(picture.height()));
+
+    // The sums use the frame's place in the dialog although the picture sits in its container.
+    const float left = (frameWidth - width) / 2 + frameLeft;
+    const float top = (frameHeight - height) / 2 + frameTop;
+    const float margin = ScaleYToTwips(10);
+    if (frameHeight - margin < height)
+        height = frameHeight - margin;
+
+    m_pictureThumb->setPixmap(picture);
+    m_pictureThumb->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    PlaceTwips(*m_pictureThumb, left, top, width, height);
+    m_pictureThumb->setVisible(true);
 }
 
 void WelcomeForm::LoadOptions()
 {
     RunState& state = m_forms.Context().state;
-    if (state.RunMode == RunModes::Convert && !m_flow.PrepareSource(*this))
+    if (state.RunMode == RunModes::Convert && !m_controller.PrepareSource(*this))
         return;
 
     FillSummary();
@@ -229,8 +265,9 @@ void WelcomeForm::FillSummary()
 {
     RunState& state = m_forms.Context().state;
 
+    state.ConversionMethod = KnownConversionMethod(state.ConversionMethod);
     SetControlText(*m_labelConversionMethod, ConversionMethodName(state.ConversionMethod));
-
+    state.DocumentType = KnownDocumentType(state.DocumentType);
     SetControlText(*m_labelDocumentType, DocumentTypeName(state.DocumentType));
 
     if (state.ImageFormat == 1) {
@@ -250,13 +287,12 @@ void WelcomeForm::FillSummary()
     }
 }
 
-bool WelcomeForm::UpdateOptions()
+void WelcomeForm::UpdateOptions()
 {
     RunState& state = m_forms.Context().state;
     state.PreviewThumb = m_checkPreview->isChecked() ? 1 : 0;
     state.LaunchWord = m_checkOpenAfterConversion->isChecked() ? 1 : 0;
     state.UsingPageRange = m_comboPageRange->currentIndex() == 1 ? 1 : 0;
-    return true;
 }
 
 void WelcomeForm::SetPageRangeIndex(int index)
@@ -267,21 +303,31 @@ void WelcomeForm::SetPageRangeIndex(int index)
 
 void WelcomeForm::ComboPageRange_Click()
 {
-    m_flow.PageRangeChosen(*this);
+    const QString specify = LocalText(1613, QStringLiteral("Specify"));
+    if (m_comboPageRange->currentIndex() != 1) {
+        m_comboPageRange->setItemText(1, specify);
+        return;
+    }
+    const std::optional<QString> chosen = m_controller.ChoosePageRange(*this);
+    if (chosen) {
+        m_comboPageRange->setItemText(1, *chosen);
+    } else {
+        SetPageRangeIndex(0);
+        m_comboPageRange->setItemText(1, specify);
+    }
 }
 
 void WelcomeForm::ButtonConvert_Click()
 {
-    if (!UpdateOptions())
-        return;
+    UpdateOptions();
     AppContext& context = m_forms.Context();
     SaveOptions(context.state, context.settings, false);
     UnloadOtherDialogs(Runtime(), this);
     if (context.state.RunMode == RunModes::Convert) {
-        if (context.state.HostedByWord != -1 && !m_flow.AskOutputFile(*this))
+        if (context.state.HostedByWord != -1 && !m_controller.AskOutputFile(*this))
             return;
         Runtime().Hide(*this);
-        m_flow.RunConversion(*this);
+        m_controller.RunConversion(*this);
     }
     Runtime().Unload(*this);
 }
@@ -294,8 +340,7 @@ void WelcomeForm::ButtonCancel_Click()
 
 void WelcomeForm::ButtonEditOptions_Click()
 {
-    if (!UpdateOptions())
-        return;
+    UpdateOptions();
     DocumentTypeForm& page = m_forms.DocumentType();
     CenterDialogOver(page, *this);
     Runtime().ShowModal(page, this);

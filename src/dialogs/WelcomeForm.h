@@ -5,8 +5,9 @@
 // options-only face it edits the stored options and has no PDF at all.
 
 #include "dialogs/Form.h"
+#include "dialogs/OptionPage.h"
 
-class ConvertFlow;
+class ConversionController;
 class Forms;
 class LinkLabel;
 class QCheckBox;
@@ -15,29 +16,26 @@ class QGroupBox;
 class QLabel;
 class QPushButton;
 
-class WelcomeForm final : public Form
+class WelcomeForm final : public Form, public OptionPage
 {
     Q_OBJECT
 
 public:
     QString HelpTopic() const override;
-    WelcomeForm(DialogRuntime& runtime, Forms& forms, ConvertFlow& flow);
+    WelcomeForm(DialogRuntime& runtime, Forms& forms, ConversionController& controller);
 
-    // Writes the dialog's controls into the run's record; always true.
-    bool UpdateOptions();
+    // Picks the PDF when none is named (convert face), and fills the summary from the run's
+    // options.
+    void LoadOptions() override;
+    // Writes the dialog's controls into the run's record.
+    void UpdateOptions() override;
 
     // Set once the intake has passed its password loop.
     bool Activated() const { return m_activated; }
-    void SetActivated(bool activated) { m_activated = activated; }
 
-    // Sets the page range list's index the way code does: the list's click event follows.
-    void SetPageRangeIndex(int index);
-
-    QGroupBox& FramePreview() const { return *m_framePreview; }
-    QWidget& Picture2() const { return *m_picture2; }
-    QLabel& PictureThumb() const { return *m_pictureThumb; }
-    QLabel& LabelNA() const { return *m_labelNA; }
-    QComboBox& ComboPageRange() const { return *m_comboPageRange; }
+    // Loads the picture into the preview area, centred on the frame and cut to its height;
+    // without a picture the area says "N/A".
+    void ShowPreview(const QString& picturePath);
 
 protected:
     void Form_Load() override;
@@ -46,8 +44,8 @@ protected:
     void Form_Unload() override;
 
 private:
-    void LoadOptions();
     void FillSummary();
+    void SetPageRangeIndex(int index);
     void ApplyLanguage();
 
     void ButtonConvert_Click();
@@ -58,7 +56,7 @@ private:
     void LabelAdvancedOption_Click();
 
     Forms& m_forms;
-    ConvertFlow& m_flow;
+    ConversionController& m_controller;
     bool m_activated = false;
     bool m_intakeUnderWay = false;
 

@@ -1,18 +1,18 @@
 #include "intake/PageRangeForm.h"
 
 #include "dialogs/DialogRuntime.h"
-#include "intake/PageRangeRules.h"
-#include "run/RunState.h"
 #include "services/DialogLanguage.h"
 #include "services/MessageBoxes.h"
 
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 
-PageRangeForm::PageRangeForm(DialogRuntime& runtime, RunState& state)
-    : Form(runtime), m_state(state)
+PageRangeForm::PageRangeForm(DialogRuntime& runtime, PageRange current, qint32 pageCount,
+                             std::optional<Choice>& choice)
+    : Form(runtime), m_current(current), m_pageCount(pageCount), m_choice(choice)
 {
     setObjectName(QStringLiteral("PageRangeForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
@@ -63,16 +63,6 @@ PageRangeForm::PageRangeForm(DialogRuntime& runtime, RunState& state)
             Handler(&PageRangeForm::ButtonCancel_Click));
 }
 
-QString PageRangeForm::FromText() const
-{
-    return m_textPageFrom->text();
-}
-
-QString PageRangeForm::ToText() const
-{
-    return m_textPageTo->text();
-}
-
 void PageRangeForm::Form_Load()
 {
     ApplyDialogLanguage(*this, {{{2001}, CaptionOf(this)},
@@ -85,28 +75,40 @@ void PageRangeForm::Form_Load()
 
 void PageRangeForm::Form_Activate()
 {
-    m_textPageFrom->setText(QString::number(m_state.PageFrom + 1));
-    m_textPageTo->setText(QString::number(m_state.PageTo + 1));
-    m_labelPageCount->setText(PageCountText(m_state.PageCount));
-    Accepted = 0;
+    m_textPageFrom->setText(QString::number(m_current.from + 1));
+    m_textPageTo->setText(QString::number(m_current.to + 1));
+    m_labelPageCount->setText(PageCountText(m_pageCount));
+    m_choice.reset();
 }
 
 void PageRangeForm::ButtonOK_Click()
 {
     const std::optional<PageRange> range =
-        ParsePageRange(m_textPageFrom->text(), m_textPageTo->text(), m_state.PageCount);
+        ParsePageRange(m_textPageFrom->text(), m_textPageTo->text(), m_pageCount);
     if (!range) {
         ShowMessage(this, LocalText(6001, QStringLiteral("Invalid page range")),
                     MessageIcon::Critical);
         return;
     }
-    m_state.PageFrom = range->from;
-    m_state.PageTo = range->to;
+    m_choice = Choice{*range, m_textPageFrom->text(), m_textPageTo->text()};
     Runtime().Hide(*this);
-    Accepted = 1;
 }
 
 void PageRangeForm::ButtonCancel_Click()
 {
     Runtime().Hide(*this);
+}
+
+std::optional<PageRangeForm::Choice> PageRangeForm::Ask(DialogRuntime& runtime, Form& owner,
+                                                        PageRange current, qint32 pageCount)
+{
+    std::optional<Choice> choice;
+    QPointer<PageRangeForm> form;
+    runtime.Instance(form, current, pageCount, choice);
+    runtime.ShowModal(*form, &owner);
+    // A dialog closed by its window frame is gone, and with it any choice.
+    if (!form || !runtime.IsLoaded(form))
+        return std::nullopt;
+    runtime.Unload(*form);
+    return choice;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
-// Takes the first and last page of the range to convert. Accepted is 1 once OK has passed its
-// checks; the caller reads it and the two texts before it unloads the dialog.
+// Takes the first and last page of the range to convert: the range the user confirmed, with the
+// two texts as typed, or nothing when the user backed out.
 
 #include "dialogs/Form.h"
+#include "intake/PageRangeRules.h"
 
-struct RunState;
+#include <optional>
+
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -16,12 +18,20 @@ class PageRangeForm final : public Form
     Q_OBJECT
 
 public:
-    PageRangeForm(DialogRuntime& runtime, RunState& state);
+    struct Choice final
+    {
+        PageRange pages;
+        QString fromText;
+        QString toText;
+    };
 
-    qint32 Accepted = 0;
+    // The confirmed choice goes to `choice`.
+    PageRangeForm(DialogRuntime& runtime, PageRange current, qint32 pageCount,
+                  std::optional<Choice>& choice);
 
-    QString FromText() const;
-    QString ToText() const;
+    // Loads the dialog, shows it modally over `owner` and unloads it.
+    static std::optional<Choice> Ask(DialogRuntime& runtime, Form& owner, PageRange current,
+                                     qint32 pageCount);
 
 protected:
     void Form_Load() override;
@@ -31,7 +41,9 @@ private:
     void ButtonOK_Click();
     void ButtonCancel_Click();
 
-    RunState& m_state;
+    PageRange m_current;
+    qint32 m_pageCount;
+    std::optional<Choice>& m_choice;
     QGroupBox* m_frameSpecifyPageRange = nullptr;
     QWidget* m_picture1 = nullptr;
     QLabel* m_labelPageRange = nullptr;

@@ -1,15 +1,16 @@
 #include "intake/PasswordForm.h"
 
 #include "dialogs/DialogRuntime.h"
-#include "run/RunState.h"
 #include "services/DialogLanguage.h"
 #include "services/MessageBoxes.h"
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 
-PasswordForm::PasswordForm(DialogRuntime& runtime, RunState& state) : Form(runtime), m_state(state)
+PasswordForm::PasswordForm(DialogRuntime& runtime, std::optional<QString>& password)
+    : Form(runtime), m_password(password)
 {
     setObjectName(QStringLiteral("PasswordForm"));
     setWindowTitle(QStringLiteral("Convert PDF to Word"));
@@ -47,7 +48,7 @@ PasswordForm::PasswordForm(DialogRuntime& runtime, RunState& state) : Form(runti
 void PasswordForm::Form_Load()
 {
     m_buttonOK->setEnabled(false);
-    m_state.Passwords.clear();
+    m_password.reset();
     ApplyDialogLanguage(*this, {{{2201}, CaptionOf(this)},
                                 {{2202}, CaptionOf(m_labelMessage)},
                                 {{2203}, CaptionOf(m_buttonOK)},
@@ -73,7 +74,7 @@ void PasswordForm::ButtonOK_Click()
         Runtime().Unload(*this);
         return;
     }
-    m_state.Passwords = m_textPassword->text();
+    m_password = m_textPassword->text();
     Runtime().Hide(*this);
     Runtime().Unload(*this);
 }
@@ -82,4 +83,15 @@ void PasswordForm::ButtonCancel_Click()
 {
     Runtime().Hide(*this);
     Runtime().Unload(*this);
+}
+
+std::optional<QString> PasswordForm::Ask(DialogRuntime& runtime, Form& owner)
+{
+    std::optional<QString> password;
+    QPointer<PasswordForm> form;
+    runtime.Instance(form, password);
+    runtime.ShowModal(*form, &owner);
+    if (form && runtime.IsLoaded(form))
+        runtime.Unload(*form);
+    return password;
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-// Asks for the password of a protected PDF. Its only effect is on the run's Passwords field:
-// empty when the user backed out, otherwise the text the user confirmed.
+// Asks for the password of a protected PDF: the text the user confirmed, or nothing when the
+// user backed out or gave a password that can't be kept for the conversion.
 
 #include "dialogs/Form.h"
 
-struct RunState;
+#include <optional>
+
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -15,7 +16,11 @@ class PasswordForm final : public Form
     Q_OBJECT
 
 public:
-    PasswordForm(DialogRuntime& runtime, RunState& state);
+    // The confirmed password goes to `password`.
+    PasswordForm(DialogRuntime& runtime, std::optional<QString>& password);
+
+    // Loads the dialog, shows it modally over `owner` and unloads it.
+    static std::optional<QString> Ask(DialogRuntime& runtime, Form& owner);
 
 protected:
     void Form_Load() override;
@@ -25,7 +30,7 @@ private:
     void ButtonOK_Click();
     void ButtonCancel_Click();
 
-    RunState& m_state;
+    std::optional<QString>& m_password;
     QLabel* m_labelMessage = nullptr;
     QLineEdit* m_textPassword = nullptr;
     QPushButton* m_buttonOK = nullptr;

@@ -7,7 +7,6 @@
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/FileDialogs.h"
 #include "dialogs/Placement.h"
-#include "dialogs/WelcomeForm.h"
 #include "intake/PasswordForm.h"
 #include "options/SettingsStore.h"
 #include "platform/PdfAccessLibrary.h"
@@ -15,9 +14,6 @@
 #include "services/MessageBoxes.h"
 
 #include <QDir>
-#include <QGroupBox>
-#include <QLabel>
-#include <QPixmap>
 #include <QPointer>
 
 namespace {
@@ -30,41 +26,34 @@ bool PasswordRefused(qint32 pageCount)
            pageCount == PageCountResults::PasswordRefused;
 }
 
-void EndRun(WelcomeForm& welcome)
+IntakeOutcome Fail(Form& owner, qint32 id, const QString& fallback)
 {
-    welcome.Runtime().Unload(welcome);
-}
-
-void Fail(WelcomeForm& welcome, qint32 id, const QString& fallback)
-{
-    ShowMessage(&welcome, LocalText(id, fallback), MessageIcon::Critical);
-    EndRun(welcome);
+    ShowMessage(&owner, LocalText(id, fallback), MessageIcon::Critical);
+    return {};
 }
 
 // The page count, or empty when the library can't be had; that ends the run with a message.
-std::optional<qint32> CountPages(AppContext& context, PdfAccessLibrary& pdfAccess,
-                                 WelcomeForm& welcome)
+std::optional<qint32> CountPages(AppContext& context, PdfAccessLibrary& pdfAccess, Form& owner)
 {
     RunState& state = context.state;
     const std::optional<qint32> count = pdfAccess.GetPageCount(state.SourcePath, state.Passwords);
     if (!count) {
-        ShowMessage(&welcome,
+        ShowMessage(&owner,
                     LocalText(PlatformTexts::PdfLibraryMissing,
                               QStringLiteral("The PDF access library liblomerdoc.so could not be "
                                              "loaded from %1."))
                         .arg(QDir::toNativeSeparators(context.applicationDir)),
                     MessageIcon::Critical);
-        EndRun(welcome);
     }
     return count;
 }
 
 }  // namespace
 
-bool PickSourcePdf(AppContext& context, WelcomeForm& welcome)
+bool PickSourcePdf(AppContext& context, Form& owner)
 {
     const QString chosen =
-        AskOpenFileName(&welcome, LocalText(5601, QStringLiteral("PDF Files (*.pdf)|*.pdf")),
+        AskOpenFileName(&owner, LocalText(5601, QStringLiteral("PDF Files (*.pdf)|*.pdf")),
                         RecentPdfFolder(context.settings));
     if (chosen.isEmpty())
         return false;
@@ -73,39 +62,31 @@ bool PickSourcePdf(AppContext& context, WelcomeForm& welcome)
     return true;
 }
 
-void RunPdfIntake(AppContext& context, PdfAccessLibrary& pdfAccess, WelcomeForm& welcome,
-                  const QString& startDirectory)
+IntakeOutcome RunPdfIntake(AppContext& context, PdfAccessLibrary& pdfAccess, Form& owner,
+                           const QString& startDirectory)
 {
     RunState& state = context.state;
-    DialogRuntime& runtime = welcome.Runtime();
-    if (state.SourcePath.isEmpty()) {
-        EndRun(welcome);
-        return;
-    }
+    DialogRuntime& runtime = owner.Runtime();
+    if (state.SourcePath.isEmpty())
+        return {};
     // The library is bound by its relative name: the open dialog may have moved the directory.
     QDir::setCurrent(context.applicationDir);
     state.Passwords.clear();
-    std::optional<qint32> count = CountPages(context, pdfAccess, welcome);
+    std::optional<qint32> count = CountPages(context, pdfAccess, owner);
     if (!count)
-        return;
+        return {};
     state.PageCount = *count;
 
     while (PasswordRefused(state.PageCount)) {
-        QPointer<PasswordForm> passwordForm;
-        runtime.Instance(passwordForm, state);
-        runtime.ShowModal(*passwordForm, &welcome);
-        if (passwordForm && runtime.IsLoaded(passwordForm))
-            runtime.Unload(*passwordForm);
-        if (state.Passwords.isEmpty()) {
-            EndRun(welcome);
-            return;
-        }
-        count = CountPages(context, pdfAccess, welcome);
+        state.Passwords = PasswordForm::Ask(runtime, owner).value_or(QString());
+        if (state.Passwords.isEmpty())
+            return {};
+        count = CountPages(context, pdfAccess, owner);
         if (!count)
-            return;
+            return {};
         state.PageCount = *count;
         if (PasswordRefused(state.PageCount)) {
-            ShowMessage(&welcome, LocalText(5608, QStringLiteral("Invalid password!")),
+            ShowMessage(&owner, LocalText(5608, QStringLiteral("Invalid password!")),
                         MessageIcon::Critical);
             continue;
         }
@@ -115,55 +96,21 @@ void RunPdfIntake(AppContext& context, PdfAccessLibrary& pdfAccess, WelcomeForm&
         SaveOptions(state, context.settings, true);
     }
 
-    if (state.PageCount == PageCountResults::NoPage) {
-        Fail(welcome, 5609, QStringLiteral("The PDF file contains no page!"));
-        return;
-    }
-    if (state.PageCount < 0) {
-        Fail(welcome, 5610, QStringLiteral("Unable to open the PDF file!"));
-        return;
-    }
+    if (state.PageCount == PageCountResults::NoPage)
+        return Fail(owner, 5609, QStringLiteral("The PDF file contains no page!"));
+    if (state.PageCount < 0)
+        return Fail(owner, 5610, QStringLiteral("Unable to open the PDF file!"));
     QDir::setCurrent(startDirectory);
 
     state.PreviewPath = MakeTempFile(0);
-    welcome.SetActivated(true);
 
     QPointer<ThumbnailForm> thumbnail;
     runtime.Instance(thumbnail, context);
-    CenterDialogOver(*thumbnail, welcome);
-    runtime.ShowModal(*thumbnail, &welcome);
+    CenterDialogOver(*thumbnail, owner);
+    runtime.ShowModal(*thumbnail, &owner);
     if (thumbnail && runtime.IsLoaded(thumbnail))
         runtime.Unload(*thumbnail);
 
-    PlacePreviewPicture(welcome, state.PreviewPath);
-}
-
-void PlacePreviewPicture(WelcomeForm& welcome, const QString& previewPath)
-{
-    QLabel& thumb = welcome.PictureThumb();
-    const QPixmap picture(previewPath + QStringLiteral("_1.bmp"));
-    if (previewPath.isEmpty() || picture.isNull()) {
-        // The label beneath it says "N/A".
-        thumb.setVisible(false);
-        return;
-    }
-    const QGroupBox& frame = welcome.FramePreview();
-    const float frameLeft = welcome.ScaleXToTwips(static_cast<float>(frame.x()));
-    const float frameTop = welcome.ScaleYToTwips(static_cast<float>(frame.y()));
-    const float frameWidth = welcome.ScaleXToTwips(static_cast<float>(frame.width()));
-    const float frameHeight = welcome.ScaleYToTwips(static_cast<float>(frame.height()));
-    const float width = welcome.ScaleXToTwips(static_cast<float>(picture.width()));
-    float height = welcome.ScaleYToTwips(static_cast<float>(picture.height()));
-
-    // The sums use the frame's place in the dialog although the picture sits in its container.
-    const float left = (frameWidth - width) / 2 + frameLeft;
-    const float top = (frameHeight - height) / 2 + frameTop;
-    const float margin = welcome.ScaleYToTwips(10);
-    if (frameHeight - margin < height)
-        height = frameHeight - margin;
-
-    thumb.setPixmap(picture);
-    thumb.setAlignment(Qt::AlignLeft | Qt::AlignTop);
-    welcome.PlaceTwips(thumb, left, top, width, height);
-    thumb.setVisible(true);
+    return {true,
+            state.PreviewPath.isEmpty() ? QString() : state.PreviewPath + QStringLiteral("_1.bmp")};
 }

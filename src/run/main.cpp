@@ -1,9 +1,8 @@
 #include "run/Main.h"
 #include "core/AppContext.h"
-#include "dialogs/ConvertFlow.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
-#include "intake/ConvertFlowFactory.h"
+#include "intake/PdfToWordController.h"
 #include "platform/ApplicationPath.h"
 #include "platform/DocumentOpener.h"
 #include "platform/FileClock.h"
@@ -61,8 +60,8 @@ int main(int argc, char** argv)
     QObject::connect(&runtime, &DialogRuntime::AllUnloaded, &app, &QCoreApplication::quit,
                      Qt::QueuedConnection);
     const auto pdfAccess = CreatePdfAccessLibrary();
-    const auto flow = CreateConvertFlow(context, *pdfAccess);
-    Forms forms(runtime, context, *flow);
+    PdfToWordController controller(context, *pdfAccess);
+    Forms forms(runtime, context, controller);
     StartRun(forms);
     if (runtime.LoadedForms().isEmpty())
         return 0;

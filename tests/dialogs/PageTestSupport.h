@@ -3,7 +3,7 @@
 // What the option page tests share: a complete set of fakes, the dialog runtime and the forms
 // registry with a conversion side that does nothing, and a watch for unexpected message boxes.
 
-#include "dialogs/ConvertFlow.h"
+#include "dialogs/ConversionController.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "dialogs/OptionPictures.h"
@@ -35,13 +35,13 @@ inline void PrintTo(const QStringList& texts, std::ostream* out)
 }
 
 // The conversion side as far as the option pages need it: nothing.
-struct IdleConvertFlow final : ConvertFlow
+struct IdleController final : ConversionController
 {
-    bool PrepareSource(WelcomeForm&) override { return true; }
-    void RunIntake(WelcomeForm&, const QString&) override {}
-    void PageRangeChosen(WelcomeForm&) override {}
-    bool AskOutputFile(WelcomeForm&) override { return false; }
-    void RunConversion(WelcomeForm&) override {}
+    bool PrepareSource(Form&) override { return true; }
+    IntakeOutcome RunIntake(Form&, const QString&) override { return {true, QString()}; }
+    std::optional<QString> ChoosePageRange(Form&) override { return std::nullopt; }
+    bool AskOutputFile(Form&) override { return false; }
+    void RunConversion(Form&) override {}
 };
 
 inline bool TestingJapanese()
@@ -148,7 +148,7 @@ protected:
     }
 
     FakeEnvironment env;
-    IdleConvertFlow flow;
+    IdleController flow;
     DialogRuntime runtime;
     Forms forms{runtime, env.context, flow};
 };

@@ -1,5 +1,5 @@
 #include "dialogs/WelcomeForm.h"
-#include "dialogs/ConvertFlow.h"
+#include "dialogs/ConversionController.h"
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "dialogs/OtherOptionsForm.h"
@@ -30,41 +30,45 @@ QString Pick(const char* english, const char* japanese)
 }
 
 // Records what the main dialog asks of the conversion side.
-struct FakeFlow final : ConvertFlow
+struct FakeController final : ConversionController
 {
-    bool PrepareSource(WelcomeForm&) override
+    bool PrepareSource(Form&) override
     {
         ++prepares;
         return prepareResult;
     }
-    void RunIntake(WelcomeForm& welcome, const QString&) override
+    IntakeOutcome RunIntake(Form& welcome, const QString&) override
     {
         ++intakes;
         if (duringIntake)
             duringIntake(welcome);
+        return intakeOutcome;
     }
-    void PageRangeChosen(WelcomeForm& welcome) override
+    std::optional<QString> ChoosePageRange(Form&) override
     {
-        pageRangeIndexes.append(welcome.ComboPageRange().currentIndex());
+        ++rangeDialogs;
+        return chosenRange;
     }
-    bool AskOutputFile(WelcomeForm&) override
+    bool AskOutputFile(Form&) override
     {
         ++asks;
         return askResult;
     }
-    void RunConversion(WelcomeForm& welcome) override
+    void RunConversion(Form& welcome) override
     {
         conversionsWhileHidden.append(!welcome.isVisible());
     }
 
     bool prepareResult = true;
     bool askResult = true;
+    IntakeOutcome intakeOutcome{true, QString()};
+    std::optional<QString> chosenRange;
     int prepares = 0;
     int intakes = 0;
     int asks = 0;
-    QList<int> pageRangeIndexes;
+    int rangeDialogs = 0;
     QList<bool> conversionsWhileHidden;
-    std::function<void(WelcomeForm&)> duringIntake;
+    std::function<void(Form&)> duringIntake;
 };
 
 class WelcomeFormTest : public ::testing::Test
@@ -100,7 +104,7 @@ protected:
     }
 
     FakeEnvironment env;
-    FakeFlow flow;
+    FakeController flow;
     DialogRuntime runtime;
     Forms forms{runtime, env.context, flow};
 };
@@ -175,7 +179,7 @@ TEST_F(WelcomeFormTest, OptionsOnlyFaceEditsTheStoredOptions)
     EXPECT_FALSE(Control<QPushButton>(welcome, "ButtonCancel").isEnabled());
     EXPECT_EQ(Control<QPushButton>(welcome, "ButtonConvert").text(), Pick("&Done", "完了(&D)"));
     EXPECT_EQ(welcome.windowTitle(), Pick("Convert PDF to Word", "PDFをWordに変換"));
-    EXPECT_TRUE(flow.pageRangeIndexes.isEmpty());
+    EXPECT_EQ(flow.rangeDialogs, 0);
 }
 
 TEST_F(WelcomeFormTest, ConvertFaceShowsThePreviewAreaAndSelectsAllPagesOnce)
@@ -189,7 +193,7 @@ TEST_F(WelcomeFormTest, ConvertFaceShowsThePreviewAreaAndSelectsAllPagesOnce)
     EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").currentIndex(), 0);
     EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").itemText(1),
               Pick("Specify", "範囲指定"));
-    EXPECT_EQ(flow.pageRangeIndexes, QList<int>{0});
+    EXPECT_EQ(flow.rangeDialogs, 0);
     EXPECT_TRUE(Control<QPushButton>(welcome, "ButtonCancel").isEnabled());
     EXPECT_EQ(Control<QPushButton>(welcome, "ButtonConvert").text(), Pick("&Convert", "変換(&C)"));
 }
@@ -206,7 +210,7 @@ TEST_F(WelcomeFormTest, BackingOutOfThePdfLeavesTheSummaryUnfilled)
 TEST_F(WelcomeFormTest, IntakeRunsOnceEvenWhenAnActivationArrivesDuringIt)
 {
     env.state.RunMode = 1;
-    flow.duringIntake = [this](WelcomeForm& welcome) {
+    flow.duringIntake = [this](Form& welcome) {
         // A modal dialog owned by the main dialog closes while the intake is under way.
         WhenModalAppears(QStringLiteral("OtherOptionsForm"), [](QWidget& page) {
             Child<QPushButton>(page, QStringLiteral("ButtonDone")).click();
@@ -333,21 +337,6 @@ TEST_F(WelcomeFormTest, UnloadSweepsTheTemporaryFiles)
     WelcomeForm& welcome = Open();
     runtime.Unload(welcome);
     EXPECT_FALSE(QFile::exists(leftOver));
-}
-
-TEST_F(WelcomeFormTest, PreviewAreaStandsAtItsTwipPositions)
-{
-    WelcomeForm& welcome = Open();
-    EXPECT_EQ(welcome.FramePreview().geometry(),
-              QRect(welcome.TwipsToPixelsX(120), welcome.TwipsToPixelsY(120),
-                    welcome.TwipsToPixelsX(4455), welcome.TwipsToPixelsY(3375)));
-    EXPECT_EQ(welcome.Picture2().geometry().topLeft(),
-              QPoint(welcome.TwipsToPixelsX(240), welcome.TwipsToPixelsY(360)));
-    EXPECT_EQ(welcome.PictureThumb().parentWidget(), &welcome.Picture2());
-    EXPECT_EQ(welcome.LabelNA().parentWidget(), &welcome.Picture2());
-    EXPECT_EQ(welcome.LabelNA().geometry().topLeft(),
-              QPoint(welcome.TwipsToPixelsX(1800), welcome.TwipsToPixelsY(1440)));
-    EXPECT_EQ(welcome.size(), QSize(welcome.TwipsToPixelsX(9900), welcome.TwipsToPixelsY(4695)));
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "dialogs/WelcomeForm.h"
-#include "intake/ConversionFlow.h"
+#include "intake/PdfToWordController.h"
 #include "options/SettingsStore.h"
 #include "platform/PdfAccessLibrary.h"
 #include "platform/ProcessUtilityLibrary.h"
@@ -123,7 +123,7 @@ protected:
                        *launcher,    opener,
                        *officeSuite, *clock};
     DialogRuntime runtime;
-    ConversionFlow flow{context, *pdfAccess};
+    PdfToWordController flow{context, *pdfAccess};
     Forms forms{runtime, context, flow};
 };
 
@@ -134,9 +134,9 @@ TEST_F(ConvertRoadTest, PlainPdfBecomesRichTextWithItsPreview)
     WelcomeForm& welcome = Open(pdf);
     ASSERT_TRUE(runtime.IsLoaded(&welcome));
     EXPECT_EQ(state.PageCount, 2);
-    EXPECT_TRUE(welcome.PictureThumb().isVisibleTo(&welcome))
+    EXPECT_TRUE(Child<QLabel>(welcome, QStringLiteral("PictureThumb")).isVisibleTo(&welcome))
         << "the engine's preview picture is shown";
-    EXPECT_GT(welcome.PictureThumb().width(), 10);
+    EXPECT_GT(Child<QLabel>(welcome, QStringLiteral("PictureThumb")).width(), 10);
 
     const QString target = work.filePath(QStringLiteral("out put 'x'.rtf"));
     SeenMessage finished;
@@ -173,7 +173,7 @@ TEST_F(ConvertRoadTest, ProtectedPdfOpensWithItsPasswordAndRangeLimitsThePages)
         Child<QLineEdit>(dialog, QStringLiteral("TextPageTo")).setText(QStringLiteral("2"));
         Child<QPushButton>(dialog, QStringLiteral("ButtonOK")).click();
     });
-    QComboBox& combo = welcome.ComboPageRange();
+    QComboBox& combo = Child<QComboBox>(welcome, QStringLiteral("ComboPageRange"));
     combo.setCurrentIndex(1);
     emit combo.activated(1);
 

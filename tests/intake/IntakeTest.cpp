@@ -2,8 +2,8 @@
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Forms.h"
 #include "dialogs/WelcomeForm.h"
-#include "intake/ConversionFlow.h"
 #include "intake/PdfIntake.h"
+#include "intake/PdfToWordController.h"
 #include "options/OptionsDocument.h"
 #include "platform/PdfAccessLibrary.h"
 #include "support/FakeServices.h"
@@ -100,7 +100,7 @@ protected:
     FakeEnvironment env;
     ScriptedPdfAccess pdf;
     DialogRuntime runtime;
-    ConversionFlow flow{env.context, pdf};
+    PdfToWordController flow{env.context, pdf};
     Forms forms{runtime, env.context, flow};
 };
 
@@ -142,12 +142,14 @@ TEST_F(IntakeTest, PdfWithoutPasswordGetsItsPreview)
                            QStringLiteral("-P"), QStringLiteral("-H")}));
 
     // The picture is centred on the frame.
-    QLabel& thumb = welcome.PictureThumb();
+    QLabel& thumb = Child<QLabel>(welcome, QStringLiteral("PictureThumb"));
     EXPECT_TRUE(thumb.isVisibleTo(&welcome));
     EXPECT_EQ(thumb.size(), QSize(60, 80));
     const float left =
-        (welcome.ScaleXToTwips(welcome.FramePreview().width()) - welcome.ScaleXToTwips(60)) / 2 +
-        welcome.ScaleXToTwips(welcome.FramePreview().x());
+        (welcome.ScaleXToTwips(Child<QGroupBox>(welcome, QStringLiteral("FramePreview")).width()) -
+         welcome.ScaleXToTwips(60)) /
+            2 +
+        welcome.ScaleXToTwips(Child<QGroupBox>(welcome, QStringLiteral("FramePreview")).x());
     EXPECT_EQ(thumb.x(), welcome.TwipsToPixelsX(left));
 }
 
@@ -158,14 +160,14 @@ TEST_F(IntakeTest, TallPictureIsCutToTheFrameAndMissingPictureShowsNA)
     mode.write("write 100 400\n");
     mode.close();
     WelcomeForm& welcome = Open();
-    const int frameHeight = welcome.FramePreview().height();
-    EXPECT_EQ(welcome.PictureThumb().height(), frameHeight - 10);
-    EXPECT_EQ(welcome.PictureThumb().width(), 100);
+    const int frameHeight = Child<QGroupBox>(welcome, QStringLiteral("FramePreview")).height();
+    EXPECT_EQ(Child<QLabel>(welcome, QStringLiteral("PictureThumb")).height(), frameHeight - 10);
+    EXPECT_EQ(Child<QLabel>(welcome, QStringLiteral("PictureThumb")).width(), 100);
 
-    PlacePreviewPicture(welcome, appDir.filePath(QStringLiteral("~SVmissing.tmp")));
-    EXPECT_FALSE(welcome.PictureThumb().isVisibleTo(&welcome));
-    EXPECT_TRUE(welcome.LabelNA().isVisibleTo(&welcome));
-    EXPECT_EQ(welcome.LabelNA().text(), QStringLiteral("N/A"));
+    welcome.ShowPreview(appDir.filePath(QStringLiteral("~SVmissing.tmp_1.bmp")));
+    EXPECT_FALSE(Child<QLabel>(welcome, QStringLiteral("PictureThumb")).isVisibleTo(&welcome));
+    EXPECT_TRUE(Child<QLabel>(welcome, QStringLiteral("LabelNA")).isVisibleTo(&welcome));
+    EXPECT_EQ(Child<QLabel>(welcome, QStringLiteral("LabelNA")).text(), QStringLiteral("N/A"));
 }
 
 TEST_F(IntakeTest, PasswordLoopStoresTheAcceptedPasswordAtOnce)
@@ -314,7 +316,7 @@ TEST_F(IntakeTest, PageRangeIsChosenInItsDialog)
 {
     pdf.pages = 12;
     WelcomeForm& welcome = Open();
-    QComboBox& combo = welcome.ComboPageRange();
+    QComboBox& combo = Child<QComboBox>(welcome, QStringLiteral("ComboPageRange"));
 
     SeenMessage invalid;
     WhenModalAppears(QStringLiteral("PageRangeForm"), [&invalid](QWidget& dialog) {
@@ -376,8 +378,8 @@ TEST_F(IntakeTest, SkippingThePreviewEndsTheWaitAtOnceAndShowsNA)
     ASSERT_TRUE(clock.isValid());
     EXPECT_LT(clock.elapsed(), 1000) << "a skip takes effect at the next slice, with no lingering";
     EXPECT_TRUE(runtime.IsLoaded(&welcome));
-    EXPECT_FALSE(welcome.PictureThumb().isVisibleTo(&welcome));
-    EXPECT_TRUE(welcome.LabelNA().isVisibleTo(&welcome));
+    EXPECT_FALSE(Child<QLabel>(welcome, QStringLiteral("PictureThumb")).isVisibleTo(&welcome));
+    EXPECT_TRUE(Child<QLabel>(welcome, QStringLiteral("LabelNA")).isVisibleTo(&welcome));
 }
 
 }  // namespace

@@ -96,10 +96,11 @@ TEST_F(TextFitTest, EveryCaptionOfEveryDialogShowsWhole)
     ExpectAllFits(forms.OtherOptions());
 
     QPointer<PasswordForm> password;
-    ExpectAllFits(runtime.Instance(password, env.state));
+    std::optional<QString> typed;
+    ExpectAllFits(runtime.Instance(password, typed));
     QPointer<PageRangeForm> pageRange;
-    env.state.PageCount = 1234;
-    ExpectAllFits(runtime.Instance(pageRange, env.state));
+    std::optional<PageRangeForm::Choice> range;
+    ExpectAllFits(runtime.Instance(pageRange, PageRange{0, 1233}, 1234, range));
     QPointer<WaitForm> wait;
     ExpectAllFits(runtime.Instance(wait, env.context));
     QPointer<ThumbnailForm> thumbnail;
