@@ -9,10 +9,6 @@
 #include "run/RunState.h"
 #include "services/MessageBoxes.h"
 
-namespace {
-constexpr qint32 LowestFinishingVersion = 0x00090000;
-}
-
 bool AskOutputFile(AppContext& context, QWidget* owner)
 {
     RunState& state = context.state;

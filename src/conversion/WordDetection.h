@@ -18,6 +18,9 @@
 
 #include <QtGlobal>
 
+// The lowest version that can finish a .doc at all; less counts as no word processor.
+inline constexpr qint32 LowestFinishingVersion = 0x00090000;
+
 struct AppContext;
 
 // The office suite's version mapped as above.

@@ -22,7 +22,6 @@
 
 namespace {
 
-constexpr qint32 LowestFinishingVersion = 0x00090000;
 // From this version on the suite is ended through its own object; below it, the process that
 // its start added is found in the process table and ended by id.
 constexpr qint32 QuitThroughObjectVersion = 0x00110000;

@@ -4,6 +4,7 @@
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Form.h"
 #include "platform/ApplicationPath.h"
+#include "platform/OfficeSuite.h"
 #include "platform/ProcessUtilityLibrary.h"
 #include "platform/WindowGeometry.h"
 #include "run/RunState.h"
@@ -78,7 +79,7 @@ void PlaceNearWord(Form& dialog, AppContext& context)
 
     ScreenRect rect;
     bool found = false;
-    if (const qint32 word = library.GetProcessID(WordProcessName, 0)) {
+    if (const qint32 word = library.GetProcessID(OfficeProcessName, 0)) {
         const qint64 window = library.GetProcessHwndEx(word, context.state.WordWindowHint);
         if (window)
             found = library.GetWindowRect(window, rect);

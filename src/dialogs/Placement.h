@@ -31,6 +31,3 @@ void LeadOnTo(Form& page, Form& next, Form& welcome);
 
 // Unloads every loaded dialog but the first one and the main dialog, from the last loaded on.
 void UnloadOtherDialogs(DialogRuntime& runtime, const Form* welcome);
-
-// The program file name that stands for the word processor when its window is sought.
-inline const QString WordProcessName = QStringLiteral("soffice.bin");

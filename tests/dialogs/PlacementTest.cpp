@@ -3,6 +3,7 @@
 // secondary dialogs.
 
 #include "dialogs/Placement.h"
+#include "platform/OfficeSuite.h"
 
 #include "dialogs/DialogRuntime.h"
 #include "dialogs/Form.h"
@@ -316,7 +317,7 @@ TEST(PlaceNearWord, CentresOnTheWordProcessorsWindowAndKeepsTheRewrittenHint)
         QString hintAfter;
         QStringList calls;
     };
-    const QString find = QStringLiteral("GetProcessID(%1,0)").arg(WordProcessName);
+    const QString find = QStringLiteral("GetProcessID(%1,0)").arg(OfficeProcessName);
     const std::vector<Row> rows = {
         {"word processor's window",
          321,
