@@ -1,30 +1,13 @@
 #include "app/StoredOptions.h"
 
 #include "options/OptionsDocument.h"
-#include "platform/SettingsShell.h"
 
+#include <QSettings>
 #include <QStringList>
 
 #include <algorithm>
 
 namespace {
-
-void readNumber(const QString& document, const char* key, int defaultValue, int& field)
-{
-    const std::optional<QString> text =
-        ReadOptionValue(document, QLatin1String(key), QString::number(defaultValue));
-    if (!text)
-        return;
-    if (const std::optional<qint16> value = ToInt16(*text))
-        field = *value;
-}
-
-void readFlag(const QString& document, const char* key, bool defaultValue, bool& field)
-{
-    int value = defaultValue ? 1 : 0;
-    readNumber(document, key, value, value);
-    field = value != 0;
-}
 
 void addPassword(std::vector<std::string>& out, const QString& password)
 {
@@ -40,27 +23,28 @@ void addPassword(std::vector<std::string>& out, const QString& password)
 
 velmora::EngineOptions EngineOptionsFromDocument(const QString& document)
 {
+    const OptionValues values = ReadOptionValues(document);
     velmora::EngineOptions options;
-    readFlag(document, "AdjustFontNames", true, options.adjustFontNames);
-    readFlag(document, "AdjustSpacing", true, options.adjustSpacing);
-    readNumber(document, "ConversionMethod", 2, options.conversionMethod);
-    readFlag(document, "DetectHeader", true, options.detectHeader);
-    readFlag(document, "WordArt", false, options.wordArt);
-    readNumber(document, "DocumentType", 2, options.documentType);
-    readFlag(document, "ExtractHyperlinks", true, options.extractHyperlinks);
-    readFlag(document, "ExtractImages", true, options.extractImages);
-    readFlag(document, "ExtractText", true, options.extractText);
-    readNumber(document, "ImageFormat", 0, options.imageFormat);
-    readNumber(document, "JpegQuality", 85, options.jpegQuality);
-    readFlag(document, "MergeParagraph", true, options.mergeParagraph);
-    readFlag(document, "MergeText", true, options.mergeText);
-    readNumber(document, "PageFrom", 0, options.pageFrom);
-    readNumber(document, "PageTo", 0, options.pageTo);
-    readFlag(document, "PreserveTextPosition", true, options.preserveTextPosition);
-    readFlag(document, "ShrinkFonts", true, options.shrinkFonts);
-    readFlag(document, "ExtractToBMP", false, options.extractToBmp);
-    readFlag(document, "UsingPageRange", false, options.usingPageRange);
-    readNumber(document, "ZoomDpi", 96, options.zoomDpi);
+    options.adjustFontNames = values.AdjustFontNames != 0;
+    options.adjustSpacing = values.AdjustSpacing != 0;
+    options.conversionMethod = values.ConversionMethod;
+    options.detectHeader = values.DetectHeader != 0;
+    options.wordArt = values.WordArt != 0;
+    options.documentType = values.DocumentType;
+    options.extractHyperlinks = values.ExtractHyperlinks != 0;
+    options.extractImages = values.ExtractImages != 0;
+    options.extractText = values.ExtractText != 0;
+    options.imageFormat = values.ImageFormat;
+    options.jpegQuality = values.JpegQuality;
+    options.mergeParagraph = values.MergeParagraph != 0;
+    options.mergeText = values.MergeText != 0;
+    options.pageFrom = values.PageFrom;
+    options.pageTo = values.PageTo;
+    options.preserveTextPosition = values.PreserveTextPosition != 0;
+    options.shrinkFonts = values.ShrinkFonts != 0;
+    options.extractToBmp = values.ExtractToBMP != 0;
+    options.usingPageRange = values.UsingPageRange != 0;
+    options.zoomDpi = values.ZoomDpi;
 
     // Values the dialogs would correct stand here for the nearest meaning.
     if (options.conversionMethod < 1 || options.conversionMethod > 3)
@@ -70,29 +54,22 @@ velmora::EngineOptions EngineOptionsFromDocument(const QString& document)
     if (options.jpegQuality <= 0 || options.jpegQuality > 100)
         options.jpegQuality = 85;
 
-    int passwordLength = 0;
-    int separator = 0;
-    readNumber(document, "PasswordLen", 0, passwordLength);
-    readNumber(document, "PasswordSeparator", 0, separator);
-    const std::optional<QString> passwords =
-        ReadOptionValue(document, QStringLiteral("Passwords"), QString());
-    if (passwordLength > 0 && passwords) {
+    if (values.PasswordLen > 0) {
         // The length says how much of the text is the password; a separator may list more.
-        addPassword(options.passwords, passwords->left(passwordLength - 1));
-        if (separator > 0) {
-            for (const QString& piece : passwords->split(QChar(separator), Qt::SkipEmptyParts))
+        addPassword(options.passwords, values.Passwords.left(values.PasswordLen - 1));
+        if (values.PasswordSeparator > 0) {
+            for (const QString& piece :
+                 values.Passwords.split(QChar(values.PasswordSeparator), Qt::SkipEmptyParts))
                 addPassword(options.passwords, piece);
         }
-        addPassword(options.passwords, *passwords);
+        addPassword(options.passwords, values.Passwords);
     }
     return options;
 }
 
 QString StoredOptionsDocument()
 {
-    const std::unique_ptr<SettingsShell> shell = QSettingsShellFactory()();
-    if (!shell)
-        return {};
-    const std::optional<QVariant> value = shell->RegRead(StoreNames::OptionsDocument);
-    return value ? value->toString() : QString();
+    const QSettings store(QSettings::NativeFormat, QSettings::UserScope, StoreNames::Organisation,
+                          StoreNames::Application);
+    return store.value(StoreNames::OptionsDocument).toString();
 }

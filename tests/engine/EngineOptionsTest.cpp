@@ -3,7 +3,6 @@
 #include "convert/AtomicFile.h"
 #include "convert/Converter.h"
 #include "options/OptionsDocument.h"
-#include "run/RunState.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,11 +14,9 @@ using velmora::EngineOptions;
 
 namespace {
 
-RunState FirstStartState()
+OptionValues FirstStartState()
 {
-    RunState state;
-    ParseOptions(QString(), state);  // no stored document yet: a first start's options
-    return state;
+    return FirstStartValues();
 }
 
 std::string ReadAll(const QString& path)
@@ -34,7 +31,7 @@ std::string ReadAll(const QString& path)
 
 TEST(EngineOptionsFromDocument, ReadsEveryElementTheFrontEndWrites)
 {
-    RunState state = FirstStartState();
+    OptionValues state = FirstStartState();
     state.AdjustFontNames = 0;
     state.AdjustSpacing = 0;
     state.ConversionMethod = 3;
@@ -122,7 +119,7 @@ TEST(EngineOptionsFromDocument, TakesTheStoredPasswordOnlyWhenItsLengthIsSet)
         {QString::fromUtf8("pässwort"), 9, 44, {"p\xc3\xa4sswort", "p\xe4sswort"}, false},
     };
     for (const Row& row : rows) {
-        RunState state = FirstStartState();
+        OptionValues state = FirstStartState();
         state.Passwords = row.passwords;
         state.PasswordLen = row.length;
         state.PasswordSeparator = row.separator;

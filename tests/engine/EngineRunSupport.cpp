@@ -2,26 +2,27 @@
 
 #include "TestPaths.h"
 #include "options/OptionsDocument.h"
-#include "platform/SettingsShell.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QSettings>
 
 #include <gtest/gtest.h>
 
 namespace enginetest {
 
-void StoreOptions(const std::function<void(RunState&)>& edit)
+void StoreOptions(const std::function<void(OptionValues&)>& edit)
 {
-    RunState state;
-    ParseOptions(QString(), state);  // no stored document yet: a first start's options
+    OptionValues values = FirstStartValues();
     if (edit)
-        edit(state);
-    const auto shell = QSettingsShellFactory()();
-    ASSERT_TRUE(shell);
-    ASSERT_TRUE(shell->RegWrite(StoreNames::OptionsDocument, BuildOptionsDocument(state)));
+        edit(values);
+    QSettings store(QSettings::NativeFormat, QSettings::UserScope, StoreNames::Organisation,
+                    StoreNames::Application);
+    store.setValue(StoreNames::OptionsDocument, BuildOptionsDocument(values));
+    store.sync();
+    ASSERT_EQ(store.status(), QSettings::NoError);
 }
 
 EngineResult RunEngine(const QStringList& arguments, int timeoutMs)

@@ -4,7 +4,7 @@
 // settings store, on PDFs the test writes.
 
 #include "PdfFixtures.h"
-#include "run/RunState.h"
+#include "options/OptionValues.h"
 
 #include <QByteArray>
 #include <QString>
@@ -25,7 +25,7 @@ struct EngineResult
 };
 
 // The options of a first start, changed by `edit`, stored where the engine reads them.
-void StoreOptions(const std::function<void(RunState&)>& edit = {});
+void StoreOptions(const std::function<void(OptionValues&)>& edit = {});
 
 EngineResult RunEngine(const QStringList& arguments, int timeoutMs = 60000);
 

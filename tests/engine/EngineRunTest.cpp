@@ -23,7 +23,8 @@ protected:
     QString fixture(const std::string& name) { return WriteFixture(m_dir.path(), name); }
 
     // Converts with the options `edit` sets and gives the RTF, or fails the test.
-    std::string convert(const std::string& name, const std::function<void(RunState&)>& edit = {})
+    std::string convert(const std::string& name,
+                        const std::function<void(OptionValues&)>& edit = {})
     {
         StoreOptions(edit);
         const QString target = path(QString::fromStdString(name) + ".out.rtf");
@@ -105,7 +106,8 @@ TEST_F(EngineRun, WritesRtfWhateverTheTargetsExtensionAndOnlyThen)
         {3, "\\s1\\outlinelevel0", "\\posx", QString(251, u'n') + ".doc"},
     };
     for (const Row& row : rows) {
-        StoreOptions([&row](RunState& s) { s.ConversionMethod = static_cast<qint16>(row.method); });
+        StoreOptions(
+            [&row](OptionValues& s) { s.ConversionMethod = static_cast<qint16>(row.method); });
         const QString target = path(row.name);
         const EngineResult result = RunEngine({fixture("article"), target, "-C"});
         ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
@@ -145,7 +147,7 @@ TEST_F(EngineRun, PreviewRendersThePagesOfTheRangeAsBitmaps)
                                 {article, 0, 0, 20, 1, 170, 220, ""},
                                 {huge, 0, 0, 20, 1, 8000, 8000, "~SVhuge"}};
     for (const Row& row : rows) {
-        StoreOptions([&row](RunState& s) {
+        StoreOptions([&row](OptionValues& s) {
             s.UsingPageRange = 1;
             s.ExtractToBMP = 1;
             s.PageFrom = row.from;
@@ -183,7 +185,7 @@ TEST_F(EngineRun, PreviewRendersThePagesOfTheRangeAsBitmaps)
 
 TEST_F(EngineRun, PicturesBesideAConversionWhenAsked)
 {
-    StoreOptions([](RunState& s) { s.ExtractToBMP = 1; });
+    StoreOptions([](OptionValues& s) { s.ExtractToBMP = 1; });
     const EngineResult result = RunEngine({fixture("prose"), path("both.rtf"), "-C", "-H"});
     ASSERT_EQ(result.exitCode, 0);
     EXPECT_TRUE(QFileInfo::exists(path("both.rtf")));
@@ -192,15 +194,15 @@ TEST_F(EngineRun, PicturesBesideAConversionWhenAsked)
 
 TEST_F(EngineRun, HonoursTheOptions)
 {
-    const std::string header = convert("article", [](RunState& s) { s.DetectHeader = 1; });
+    const std::string header = convert("article", [](OptionValues& s) { s.DetectHeader = 1; });
     EXPECT_NE(header.find("{\\header"), std::string::npos);
     EXPECT_NE(header.find("{\\field{\\*\\fldinst PAGE}"), std::string::npos);
-    const std::string noHeader = convert("article", [](RunState& s) { s.DetectHeader = 0; });
+    const std::string noHeader = convert("article", [](OptionValues& s) { s.DetectHeader = 0; });
     EXPECT_EQ(noHeader.find("{\\header"), std::string::npos);
     EXPECT_NE(noHeader.find("Journal of Imaginary Studies"), std::string::npos);
 
     const auto tabbed = [](qint16 type) {
-        return [type](RunState& s) {
+        return [type](OptionValues& s) {
             s.ConversionMethod = 1;
             s.DocumentType = type;
         };
@@ -216,27 +218,27 @@ TEST_F(EngineRun, HonoursTheOptions)
     EXPECT_EQ(rows.find("\\cols2"), std::string::npos);
     EXPECT_NE(rows.find("\\tab "), std::string::npos);
 
-    const std::string jpeg = convert("pictures", [](RunState& s) {
+    const std::string jpeg = convert("pictures", [](OptionValues& s) {
         s.ImageFormat = 0;
         s.JpegQuality = 95;
     });
-    const std::string rough = convert("pictures", [](RunState& s) {
+    const std::string rough = convert("pictures", [](OptionValues& s) {
         s.ImageFormat = 0;
         s.JpegQuality = 10;
     });
-    const std::string dib = convert("pictures", [](RunState& s) { s.ImageFormat = 1; });
+    const std::string dib = convert("pictures", [](OptionValues& s) { s.ImageFormat = 1; });
     EXPECT_EQ(Count(jpeg, "{\\pict\\jpegblip"), 2u);
     EXPECT_LT(rough.size(), jpeg.size());
     EXPECT_EQ(Count(dib, "{\\pict\\dibitmap0"), 2u);
 
-    const std::string adjusted = convert("prose", [](RunState& s) { s.AdjustFontNames = 1; });
+    const std::string adjusted = convert("prose", [](OptionValues& s) { s.AdjustFontNames = 1; });
     EXPECT_NE(adjusted.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
     EXPECT_NE(adjusted.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
-    const std::string kept = convert("prose", [](RunState& s) { s.AdjustFontNames = 0; });
+    const std::string kept = convert("prose", [](OptionValues& s) { s.AdjustFontNames = 0; });
     EXPECT_NE(kept.find(" Times-Roman{\\*\\falt Times New Roman};"), std::string::npos);
     EXPECT_NE(kept.find(" Helvetica-Bold{\\*\\falt Arial};"), std::string::npos);
 
-    const std::string secondPage = convert("article", [](RunState& s) {
+    const std::string secondPage = convert("article", [](OptionValues& s) {
         s.UsingPageRange = 1;
         s.PageFrom = 1;
         s.PageTo = 1;
@@ -245,7 +247,7 @@ TEST_F(EngineRun, HonoursTheOptions)
     EXPECT_NE(secondPage.find("\\rtf1"), std::string::npos);
 
     const auto flow = [](qint16 merge) {
-        return [merge](RunState& s) {
+        return [merge](OptionValues& s) {
             s.ConversionMethod = 3;
             s.MergeParagraph = merge;
         };
@@ -256,13 +258,13 @@ TEST_F(EngineRun, HonoursTheOptions)
     EXPECT_NE(merged.find("example of a broken"), std::string::npos);
     EXPECT_NE(lines.find("exam-"), std::string::npos);
 
-    const std::string pleading = convert("pleading", [](RunState& s) {
+    const std::string pleading = convert("pleading", [](OptionValues& s) {
         s.ConversionMethod = 3;
         s.DocumentType = 3;
     });
     EXPECT_NE(pleading.find("\\sl480\\slmult1"), std::string::npos);
     EXPECT_EQ(pleading.find(" 17}"), std::string::npos);
-    const std::string plain = convert("pleading", [](RunState& s) {
+    const std::string plain = convert("pleading", [](OptionValues& s) {
         s.ConversionMethod = 3;
         s.DocumentType = 1;
     });
@@ -289,7 +291,7 @@ TEST_F(EngineRun, TurnsRotatedTextIntoShapesOnlyWithWordArt)
     const QString pdf = path("rotated.pdf");
     WritePdf(pdf.toStdString(), {page});
     for (qint16 wordArt : {0, 1}) {
-        StoreOptions([wordArt](RunState& s) { s.WordArt = wordArt; });
+        StoreOptions([wordArt](OptionValues& s) { s.WordArt = wordArt; });
         const QString target = path(QString("rotated%1.rtf").arg(wordArt));
         ASSERT_EQ(RunEngine({pdf, target, "-C", "-H"}).exitCode, 0);
         const std::string rtf = ReadFile(target).toStdString();
@@ -308,7 +310,7 @@ TEST_F(EngineRun, OpensProtectedFilesWithTheStoredPasswordOnly)
         int exitCode;
     };
     for (const Row& row : std::vector<Row>{{"", 3}, {"wrong", 3}, {"secret", 0}}) {
-        StoreOptions([&row](RunState& s) {
+        StoreOptions([&row](OptionValues& s) {
             s.Passwords = QString::fromUtf8(row.password);
             s.PasswordLen =
                 static_cast<qint16>(s.Passwords.size() + (s.Passwords.isEmpty() ? 0 : 1));

@@ -139,7 +139,7 @@ TEST(Fidelity, WordsPicturesLinksAndOrderSurviveAWordProcessor)
     QStringList odtFiles;
     for (const Case& c : cases) {
         const auto& fixture = fixtures[c.fixture];
-        StoreOptions([&](RunState& s) {
+        StoreOptions([&](OptionValues& s) {
             s.ConversionMethod = static_cast<qint16>(c.method);
             s.DocumentType = static_cast<qint16>(c.documentType);
             s.Passwords = QString::fromStdString(fixture.password);
@@ -216,7 +216,8 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
     const auto convert = [&dir, &fixtures](const std::string& name, int method) {
         const QString pdf = dir.filePath(QString::fromStdString(name) + ".pdf");
         velmora::fixtures::WritePdf(pdf.toStdString(), fixtures[name].pages);
-        StoreOptions([method](RunState& s) { s.ConversionMethod = static_cast<qint16>(method); });
+        StoreOptions(
+            [method](OptionValues& s) { s.ConversionMethod = static_cast<qint16>(method); });
         const QString rtf =
             dir.filePath(QString("%1-%2.rtf").arg(QString::fromStdString(name)).arg(method));
         const EngineResult result = RunEngine({pdf, rtf, "-C", "-H"});
