@@ -136,7 +136,6 @@ struct PageRecognition::Impl
             }
             RecognisedPage page;
             try {
-                job->image.removeSpecks();
                 const OcrResult result = reader.read(job->image);
                 page = AssemblePage(result, job->image, method, pictures);
             } catch (...) {

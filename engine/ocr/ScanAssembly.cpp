@@ -270,6 +270,11 @@ RecognisedPage AssemblePage(const OcrResult& result, ScanImage& image, int conve
     bool doubtful = false;
     for (const Word& word : words) {
         const auto index = static_cast<std::size_t>(word.line);
+        // Dust read as a word is far lower than the print around it.
+        const Line& line = lines[index];
+        const float lineHeight = line.height > 0 ? line.height : line.box.height();
+        if (word.box.height() < lineHeight * 0.25f)
+            continue;
         const bool upright = lineTurns[index] < 0 || lineTurns[index] == turns;
         // Words that run another way than the page, or that were read with little confidence,
         // stay in the picture rather than come out as garbled text.

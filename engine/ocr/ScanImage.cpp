@@ -65,18 +65,21 @@ ScanImage ScanImage::FromPixels(PagePixels&& pixels)
     return image;
 }
 
-void ScanImage::removeSpecks()
+std::vector<uint8_t> ScanImage::withoutSpecks() const
 {
+    std::vector<uint8_t> clean = grey;
     constexpr uint8_t Dark = 150;
+    constexpr uint8_t Paper = 180;
     // A full stop of 6 pt print covers about 12 pixels at 300 dpi; specks are smaller.
     const float scale = zoom * 72 / 300;
     const auto largest = static_cast<std::size_t>(std::max(1.0f, 6 * scale * scale));
+    const auto w = static_cast<std::size_t>(width);
+    const auto h = static_cast<std::size_t>(height);
     std::vector<uint8_t> seen(grey.size(), 0);
     std::vector<std::size_t> stack;
     std::vector<std::size_t> component;
-    const auto w = static_cast<std::size_t>(width);
     for (std::size_t start = 0; start < grey.size(); ++start) {
-        if (seen[start] || grey[start] >= Dark)
+        if (seen[start] || clean[start] >= Dark)
             continue;
         // The whole component is walked once, so the pass stays linear in the page.
         stack.assign(1, start);
@@ -88,14 +91,10 @@ void ScanImage::removeSpecks()
             component.push_back(at);
             const std::size_t x = at % w;
             const std::size_t y = at / w;
-            for (int dy = -1; dy <= 1; ++dy) {
-                for (int dx = -1; dx <= 1; ++dx) {
-                    if ((dx < 0 && x == 0) || (dx > 0 && x + 1 == w) || (dy < 0 && y == 0) ||
-                        (dy > 0 && y + 1 == static_cast<std::size_t>(height)))
-                        continue;
-                    const std::size_t next =
-                        (y + static_cast<std::size_t>(dy)) * w + x + static_cast<std::size_t>(dx);
-                    if (!seen[next] && grey[next] < Dark) {
+            for (std::size_t ny = y > 0 ? y - 1 : 0; ny <= std::min(y + 1, h - 1); ++ny) {
+                for (std::size_t nx = x > 0 ? x - 1 : 0; nx <= std::min(x + 1, w - 1); ++nx) {
+                    const std::size_t next = ny * w + nx;
+                    if (!seen[next] && clean[next] < Dark) {
                         seen[next] = 1;
                         stack.push_back(next);
                     }
@@ -104,9 +103,10 @@ void ScanImage::removeSpecks()
         }
         if (component.size() > largest)
             continue;
-        // Painted with the paper around it, the soft edge included.
+        // Painted with the paper around it, the soft edge included; a spot in a picture's
+        // greys is left alone.
         std::size_t x0 = w;
-        std::size_t y0 = grey.size();
+        std::size_t y0 = h;
         std::size_t x1 = 0;
         std::size_t y1 = 0;
         for (std::size_t at : component) {
@@ -118,17 +118,20 @@ void ScanImage::removeSpecks()
         x0 = x0 > 0 ? x0 - 1 : 0;
         y0 = y0 > 0 ? y0 - 1 : 0;
         x1 = std::min(x1 + 1, w - 1);
-        y1 = std::min(y1 + 1, static_cast<std::size_t>(height) - 1);
+        y1 = std::min(y1 + 1, h - 1);
         uint8_t paper = 0;
         for (std::size_t y = y0; y <= y1; ++y) {
             for (std::size_t x = x0; x <= x1; ++x)
-                paper = std::max(paper, grey[y * w + x]);
+                paper = std::max(paper, clean[y * w + x]);
         }
+        if (paper < Paper)
+            continue;
         for (std::size_t y = y0; y <= y1; ++y) {
             for (std::size_t x = x0; x <= x1; ++x)
-                grey[y * w + x] = paper;
+                clean[y * w + x] = paper;
         }
     }
+    return clean;
 }
 
 void ScanImage::turnClockwise(int turns)

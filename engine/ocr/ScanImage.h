@@ -21,9 +21,9 @@ struct ScanImage final
     // Takes over a page drawn in colour, keeping the colour only where it shows.
     static ScanImage FromPixels(PagePixels&& pixels);
 
-    // Paints over specks of dust: dark spots too small to be a dot of print, which would
-    // otherwise be read as stray punctuation and spoil the words beside them.
-    void removeSpecks();
+    // The grey pixels without specks of dust: dark spots on paper too small to be a dot of
+    // print, which would be read as stray punctuation and spoil the words beside them.
+    std::vector<uint8_t> withoutSpecks() const;
 
     // Turns the picture a quarter clockwise `turns` times.
     void turnClockwise(int turns);

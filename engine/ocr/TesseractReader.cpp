@@ -59,16 +59,44 @@ bool wordLike(const std::string& text)
     });
 }
 
-bool better(const OcrResult& candidate, const OcrResult& current)
-{
-    return candidate.read && confidentCharacters(candidate) > confidentCharacters(current);
-}
-
 PixelBox boxAt(const tesseract::PageIterator& it, tesseract::PageIteratorLevel level)
 {
     PixelBox box;
     it.BoundingBox(level, &box.left, &box.top, &box.right, &box.bottom);
     return box;
+}
+
+// The box of a word's symbols without the marks at its ends: dust beside a word is read
+// as a stray quote or stop, and spoils its confidence.
+PixelBox letters(const tesseract::LTRResultIterator& at)
+{
+    tesseract::LTRResultIterator symbol(at);
+    std::vector<std::pair<bool, PixelBox>> symbols;
+    do {
+        std::unique_ptr<char[]> text(symbol.GetUTF8Text(tesseract::RIL_SYMBOL));
+        symbols.emplace_back(text && wordLike(text.get()), boxAt(symbol, tesseract::RIL_SYMBOL));
+    } while (!symbol.IsAtFinalElement(tesseract::RIL_WORD, tesseract::RIL_SYMBOL) &&
+             symbol.Next(tesseract::RIL_SYMBOL));
+    std::size_t first = 0;
+    std::size_t end = symbols.size();
+    while (first < end && !symbols[first].first)
+        ++first;
+    while (end > first && !symbols[end - 1].first)
+        --end;
+    if (first == end)
+        return {};
+    PixelBox box = symbols[first].second;
+    for (std::size_t i = first + 1; i < end; ++i) {
+        const PixelBox& b = symbols[i].second;
+        box = PixelBox{std::min(box.left, b.left), std::min(box.top, b.top),
+                       std::max(box.right, b.right), std::max(box.bottom, b.bottom)};
+    }
+    return box;
+}
+
+bool better(const OcrResult& candidate, const OcrResult& current)
+{
+    return candidate.read && confidentCharacters(candidate) > confidentCharacters(current);
 }
 
 }  // namespace
@@ -107,12 +135,16 @@ bool TesseractReader::load(const std::string& languages)
 
 OcrResult TesseractReader::read(ScanImage& image)
 {
-    std::string base;
+    // A language a page's script asked for is kept for the pages after it, which are
+    // likely in the same script.
+    std::string base = m_scriptLanguage;
     for (const std::string& language : m_choice.languages)
         base += (base.empty() ? "" : "+") + language;
-    if (base.empty() || !load(base))
+    if (m_choice.languages.empty() || !load(base))
         return {};
-    OcrResult best = recognise(image);
+    // Tesseract reads a copy without dust; the page's own pixels stay for its pictures.
+    ScanImage clean{image.width, image.height, image.zoom, image.withoutSpecks(), {}};
+    OcrResult best = recognise(clean);
     if (!best.read)
         return best;
 
@@ -121,30 +153,31 @@ OcrResult TesseractReader::read(ScanImage& image)
     constexpr float Doubtful = 75;
     int turns = 0;
     std::string script;
-    if (best.words.size() < 3 || meanConfidence(best) >= Doubtful || !m_choice.scriptDetection ||
-        !detect(image, turns, script)) {
-        reconsider(image, best);
-        return best;
-    }
-    if (turns != 0) {
-        ScanImage trial{image.width, image.height, image.zoom, image.grey, {}};
-        trial.turnClockwise(turns);
-        OcrResult turned = recognise(trial);
-        if (better(turned, best)) {
-            image.turnClockwise(turns);
-            best = std::move(turned);
-            best.turns = turns;
+    if (best.words.size() >= 3 && meanConfidence(best) < Doubtful && m_choice.scriptDetection &&
+        detect(clean, turns, script)) {
+        if (turns != 0) {
+            ScanImage trial = clean;
+            trial.turnClockwise(turns);
+            OcrResult turned = recognise(trial);
+            if (better(turned, best)) {
+                clean = std::move(trial);
+                image.turnClockwise(turns);
+                best = std::move(turned);
+                best.turns = turns;
+            }
+        }
+        const std::string language = LanguageForScript(script, m_choice.dataPath);
+        if (!language.empty() && (base + "+").find(language + "+") == std::string::npos &&
+            load(language + "+" + base)) {
+            OcrResult other = recognise(clean);
+            other.turns = best.turns;
+            if (better(other, best)) {
+                best = std::move(other);
+                m_scriptLanguage = language;
+            }
         }
     }
-    const std::string language = LanguageForScript(script, m_choice.dataPath);
-    if (!language.empty() && (base + "+").find(language + "+") == std::string::npos &&
-        load(language + "+" + base)) {
-        OcrResult other = recognise(image);
-        other.turns = best.turns;
-        if (better(other, best))
-            best = std::move(other);
-    }
-    reconsider(image, best);
+    reconsider(clean, best);
     return best;
 }
 
@@ -166,10 +199,14 @@ void TesseractReader::reconsider(const ScanImage& image, OcrResult& result)
     api.SetSourceResolution(static_cast<int>(image.zoom * 72 + 0.5f));
     const int pad = static_cast<int>(image.zoom * 72 / 300 * 8);
     for (OcrWord* word : doubtful) {
-        const int left = std::max(0, word->box.left - pad);
-        const int top = std::max(0, word->box.top - pad);
-        const int right = std::min(image.width, word->box.right + pad);
-        const int bottom = std::min(image.height, word->box.bottom + pad);
+        const bool trimmed = word->core.right > word->core.left;
+        const PixelBox& box = trimmed ? word->core : word->box;
+        // Without its stray marks the letters stand closer to their neighbours' edges.
+        const int margin = trimmed ? pad / 4 : pad;
+        const int left = std::max(0, box.left - margin);
+        const int top = std::max(0, box.top - pad);
+        const int right = std::min(image.width, box.right + margin);
+        const int bottom = std::min(image.height, box.bottom + pad);
         api.SetRectangle(left, top, right - left, bottom - top);
         tesseract::ETEXT_DESC monitor;
         monitor.cancel = cancelled;
@@ -249,7 +286,6 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
     using tesseract::RIL_WORD;
     it->Begin();
     tesseract::PolyBlockType type = tesseract::PT_UNKNOWN;
-    int orientation = 0;
     do {
         if (it->IsAtBeginningOf(RIL_BLOCK)) {
             type = it->BlockType();
@@ -257,12 +293,6 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
                 result.pictures.push_back(boxAt(*it, RIL_BLOCK));
                 continue;
             }
-            tesseract::Orientation blockOrientation = tesseract::ORIENTATION_PAGE_UP;
-            tesseract::WritingDirection direction = tesseract::WRITING_DIRECTION_LEFT_TO_RIGHT;
-            tesseract::TextlineOrder order = tesseract::TEXTLINE_ORDER_TOP_TO_BOTTOM;
-            float deskew = 0;
-            it->Orientation(&blockOrientation, &direction, &order, &deskew);
-            orientation = static_cast<int>(blockOrientation);
         }
         if (!tesseract::PTIsTextType(type) || it->Empty(RIL_WORD))
             continue;
@@ -279,12 +309,9 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
                 line.baseX2 = static_cast<float>(x2);
                 line.baseY2 = static_cast<float>(y2);
             }
-            float rowHeight = 0;
             float descenders = 0;
             float ascenders = 0;
-            it->RowAttributes(&rowHeight, &descenders, &ascenders);
-            line.height = rowHeight;
-            line.orientation = orientation;
+            it->RowAttributes(&line.height, &descenders, &ascenders);
             result.lines.push_back(line);
         }
         std::unique_ptr<char[]> text(it->GetUTF8Text(RIL_WORD));
@@ -294,6 +321,8 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
         word.text = text.get();
         word.confidence = it->Confidence(RIL_WORD);
         word.box = boxAt(*it, RIL_WORD);
+        if (word.confidence < ConfidenceFloor && wordLike(word.text))
+            word.core = letters(*it);
         word.line = static_cast<int>(result.lines.size()) - 1;
         result.words.push_back(std::move(word));
     } while (it->Next(RIL_WORD));

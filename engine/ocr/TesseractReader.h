@@ -44,6 +44,8 @@ struct OcrWord final
     std::string text;      // UTF-8
     float confidence = 0;  // 0..100
     PixelBox box;
+    // For a doubtful word with marks at its ends, the box of its letters alone.
+    PixelBox core;
     int line = 0;  // index into OcrResult::lines
 };
 
@@ -84,6 +86,7 @@ private:
     std::unique_ptr<tesseract::TessBaseAPI> m_api;
     std::unique_ptr<tesseract::TessBaseAPI> m_osd;
     std::string m_loaded;
+    std::string m_scriptLanguage;
     bool m_osdFailed = false;
 };
 
