@@ -101,8 +101,9 @@ struct PageRecognition::Impl
             worker.join();
     }
 
-    // Languages, the pool and its workers, set up with the first scan met.
-    bool start()
+    // Languages, the pool and its workers, set up with the first scan met: a worker for each
+    // core, but no more than there are pages left.
+    bool start(int pagesLeft)
     {
         if (started)
             return usable;
@@ -114,7 +115,7 @@ struct PageRecognition::Impl
         usable = !languages.languages.empty();
         if (!usable)
             return false;
-        const int count = AvailableCores();
+        const int count = std::clamp(pagesLeft, 1, AvailableCores());
         for (int i = 0; i < count; ++i)
             workers.emplace_back([this] { work(); });
         return true;
@@ -149,27 +150,39 @@ struct PageRecognition::Impl
     // Pages read ahead of the one written: enough to keep every worker busy.
     std::size_t window() const { return usable ? workers.size() + 2 : 1; }
 
+    // Sends a scan to the workers. A page that cannot be drawn stays the picture it is,
+    // unless the run is being stopped.
+    void send(Pending& pending)
+    {
+        const double area = static_cast<double>(pending.page.width) * pending.page.height;
+        const int dpi = static_cast<int>(std::min<double>(
+            RecognitionDpi, 72 * std::sqrt(MaxRecognitionPixels / std::max(area, 1.0))));
+        auto job = std::make_unique<Job>();
+        try {
+            job->image = ScanImage::FromPixels(pdf.renderPixels(pending.index, dpi));
+        } catch (const PdfError&) {
+            if (hooks.stop && hooks.stop->load())
+                throw;
+            return;
+        }
+        pending.result = job->done.get_future();
+        {
+            std::lock_guard lock(mutex);
+            jobs.push_back(std::move(job));
+        }
+        wake.notify_one();
+        if (hooks.pageQueued)
+            hooks.pageQueued();
+    }
+
     void readAhead(int last)
     {
         while (nextRead <= last && ahead.size() < window()) {
             Pending pending;
             pending.index = nextRead;
             pending.page = read(nextRead);
-            if (IsScannedPage(pending.page) && start()) {
-                const double area = static_cast<double>(pending.page.width) * pending.page.height;
-                const int dpi = static_cast<int>(std::min<double>(
-                    RecognitionDpi, 72 * std::sqrt(MaxRecognitionPixels / std::max(area, 1.0))));
-                auto job = std::make_unique<Job>();
-                job->image = ScanImage::FromPixels(pdf.renderPixels(nextRead, dpi));
-                pending.result = job->done.get_future();
-                {
-                    std::lock_guard lock(mutex);
-                    jobs.push_back(std::move(job));
-                }
-                wake.notify_one();
-                if (hooks.pageQueued)
-                    hooks.pageQueued();
-            }
+            if (IsScannedPage(pending.page) && start(last - nextRead + 1))
+                send(pending);
             ahead.push_back(std::move(pending));
             ++nextRead;
         }

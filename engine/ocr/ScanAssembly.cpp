@@ -115,19 +115,22 @@ float median(std::vector<float> values)
     return *middle;
 }
 
-// The paper's tone: the bright end of the page's greys, so painted-out words vanish into it.
+// The paper's tone: the middle of the page's light greys, so painted-out words vanish into it.
 uint8_t paperTone(const std::vector<uint8_t>& grey)
 {
+    constexpr uint8_t Light = 160;
     std::array<std::size_t, 256> counts{};
     std::size_t samples = 0;
     for (std::size_t i = 0; i < grey.size(); i += 7) {
-        ++counts[grey[i]];
-        ++samples;
+        if (grey[i] >= Light) {
+            ++counts[grey[i]];
+            ++samples;
+        }
     }
     std::size_t seen = 0;
-    for (int value = 0; value < 256; ++value) {
+    for (int value = Light; value < 256; ++value) {
         seen += counts[static_cast<std::size_t>(value)];
-        if (seen * 10 >= samples * 7)
+        if (seen * 2 >= samples)
             return static_cast<uint8_t>(value);
     }
     return 255;
@@ -352,7 +355,9 @@ RecognisedPage AssemblePage(const OcrResult& result, ScanImage& image, int conve
 
     if (!pictureOptions.extract)
         return page;
-    const bool keepScan = doubtful || (conversionMethod == 2 && !regions.empty());
+    // Text boxes stand at their place, so the page's pictures and rules can stay behind them.
+    const bool keepScan =
+        doubtful || (conversionMethod == 2 && (!regions.empty() || !result.rules.empty()));
     if (keepScan) {
         // The scan stays behind the text with the words taken as text painted out, so they
         // don't show twice; half the resolution is plenty for what remains.

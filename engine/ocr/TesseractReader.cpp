@@ -101,6 +101,108 @@ bool better(const OcrResult& candidate, const OcrResult& current)
 
 }  // namespace
 
+std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& result)
+{
+    constexpr uint8_t Dark = 128;
+    const float scale = image.zoom * 72 / 300;
+    const auto w = static_cast<std::size_t>(image.width);
+    const auto h = static_cast<std::size_t>(image.height);
+    // 0: free, 1: covered by what Tesseract found, 2: already walked.
+    std::vector<uint8_t> mark(image.grey.size(), 0);
+    const auto cover = [&](const PixelBox& box) {
+        const int pad = static_cast<int>(3 * scale) + 1;
+        const std::size_t x0 = static_cast<std::size_t>(std::clamp(box.left - pad, 0, image.width));
+        const std::size_t x1 =
+            static_cast<std::size_t>(std::clamp(box.right + pad, 0, image.width));
+        const std::size_t y0 = static_cast<std::size_t>(std::clamp(box.top - pad, 0, image.height));
+        const std::size_t y1 =
+            static_cast<std::size_t>(std::clamp(box.bottom + pad, 0, image.height));
+        for (std::size_t y = y0; y < y1; ++y)
+            std::fill(mark.begin() + static_cast<std::ptrdiff_t>(y * w + x0),
+                      mark.begin() + static_cast<std::ptrdiff_t>(y * w + x1), 1);
+    };
+    for (const OcrWord& word : result.words)
+        cover(word.box);
+    for (const PixelBox& box : result.pictures)
+        cover(box);
+    for (const PixelBox& box : result.rules)
+        cover(box);
+
+    // Spots of ink, each walked once.
+    const auto smallest = static_cast<std::size_t>(20 * scale * scale);
+    constexpr std::size_t MostSpots = 400;
+    std::vector<PixelBox> spots;
+    std::vector<std::size_t> stack;
+    for (std::size_t start = 0; start < mark.size(); ++start) {
+        if (mark[start] != 0 || image.grey[start] >= Dark)
+            continue;
+        PixelBox box{static_cast<int>(start % w), static_cast<int>(start / w),
+                     static_cast<int>(start % w), static_cast<int>(start / w)};
+        std::size_t count = 0;
+        stack.assign(1, start);
+        mark[start] = 2;
+        while (!stack.empty()) {
+            const std::size_t at = stack.back();
+            stack.pop_back();
+            ++count;
+            const std::size_t x = at % w;
+            const std::size_t y = at / w;
+            box = PixelBox{std::min(box.left, static_cast<int>(x)),
+                           std::min(box.top, static_cast<int>(y)),
+                           std::max(box.right, static_cast<int>(x) + 1),
+                           std::max(box.bottom, static_cast<int>(y) + 1)};
+            for (std::size_t ny = y > 0 ? y - 1 : 0; ny <= std::min(y + 1, h - 1); ++ny) {
+                for (std::size_t nx = x > 0 ? x - 1 : 0; nx <= std::min(x + 1, w - 1); ++nx) {
+                    const std::size_t next = ny * w + nx;
+                    if (mark[next] == 0 && image.grey[next] < Dark) {
+                        mark[next] = 2;
+                        stack.push_back(next);
+                    }
+                }
+            }
+        }
+        if (count >= smallest)
+            spots.push_back(box);
+        // Ink everywhere is a picture or a texture Tesseract already judged.
+        if (spots.size() > MostSpots)
+            return {};
+    }
+
+    // Spots a word space or a line's gap apart belong together.
+    const int gapX = static_cast<int>(20 * scale);
+    const int gapY = static_cast<int>(8 * scale);
+    bool merged = true;
+    while (merged) {
+        merged = false;
+        for (std::size_t i = 0; i < spots.size() && !merged; ++i) {
+            for (std::size_t j = i + 1; j < spots.size(); ++j) {
+                const PixelBox& a = spots[i];
+                const PixelBox& b = spots[j];
+                if (a.left - gapX <= b.right && b.left - gapX <= a.right &&
+                    a.top - gapY <= b.bottom && b.top - gapY <= a.bottom) {
+                    spots[i] = PixelBox{std::min(a.left, b.left), std::min(a.top, b.top),
+                                        std::max(a.right, b.right), std::max(a.bottom, b.bottom)};
+                    spots.erase(spots.begin() + static_cast<std::ptrdiff_t>(j));
+                    merged = true;
+                    break;
+                }
+            }
+        }
+    }
+    // Ruled lines are a table's or a form's, no text.
+    const int thin = static_cast<int>(8 * scale);
+    std::erase_if(spots, [thin](const PixelBox& box) {
+        return box.bottom - box.top <= thin || box.right - box.left <= thin;
+    });
+    std::sort(spots.begin(), spots.end(), [](const PixelBox& a, const PixelBox& b) {
+        return (a.right - a.left) * (a.bottom - a.top) > (b.right - b.left) * (b.bottom - b.top);
+    });
+    constexpr std::size_t MostClusters = 30;
+    if (spots.size() > MostClusters)
+        spots.resize(MostClusters);
+    return spots;
+}
+
 TesseractReader::TesseractReader(LanguageChoice languages, const std::atomic<bool>* stop)
     : m_choice(std::move(languages)), m_stop(stop)
 {
@@ -178,6 +280,7 @@ OcrResult TesseractReader::read(ScanImage& image)
         }
     }
     reconsider(clean, best);
+    readLeftovers(clean, best);
     return best;
 }
 
@@ -268,24 +371,28 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
     api.SetPageSegMode(tesseract::PSM_AUTO);
     api.SetImage(image.grey.data(), image.width, image.height, 1, image.width);
     api.SetSourceResolution(static_cast<int>(image.zoom * 72 + 0.5f));
+    result.read = run(result);
+    api.Clear();
+    return result;
+}
+
+bool TesseractReader::run(OcrResult& result)
+{
+    tesseract::TessBaseAPI& api = *m_api;
     tesseract::ETEXT_DESC monitor;
     monitor.cancel = cancelled;
     monitor.cancel_this = const_cast<std::atomic<bool>*>(m_stop);
-    if (api.Recognize(&monitor) != 0 || cancelled(monitor.cancel_this, 0)) {
-        api.Clear();
-        return result;
-    }
+    if (api.Recognize(&monitor) != 0 || cancelled(monitor.cancel_this, 0))
+        return false;
     std::unique_ptr<tesseract::ResultIterator> it(api.GetIterator());
-    if (!it) {
-        api.Clear();
-        result.read = true;
-        return result;
-    }
+    if (!it)
+        return true;
     using tesseract::RIL_BLOCK;
     using tesseract::RIL_TEXTLINE;
     using tesseract::RIL_WORD;
     it->Begin();
     tesseract::PolyBlockType type = tesseract::PT_UNKNOWN;
+    bool newLine = true;
     do {
         if (it->IsAtBeginningOf(RIL_BLOCK)) {
             type = it->BlockType();
@@ -293,10 +400,13 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
                 result.pictures.push_back(boxAt(*it, RIL_BLOCK));
                 continue;
             }
+            if (tesseract::PTIsLineType(type))
+                result.rules.push_back(boxAt(*it, RIL_BLOCK));
         }
         if (!tesseract::PTIsTextType(type) || it->Empty(RIL_WORD))
             continue;
-        if (it->IsAtBeginningOf(RIL_TEXTLINE) || result.lines.empty()) {
+        if (it->IsAtBeginningOf(RIL_TEXTLINE) || newLine) {
+            newLine = false;
             OcrLine line;
             line.box = boxAt(*it, RIL_TEXTLINE);
             int x1 = 0;
@@ -326,10 +436,68 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
         word.line = static_cast<int>(result.lines.size()) - 1;
         result.words.push_back(std::move(word));
     } while (it->Next(RIL_WORD));
-    it.reset();
+    return true;
+}
+
+void TesseractReader::readLeftovers(const ScanImage& image, OcrResult& result)
+{
+    // Half an inch square and more; smaller leftovers (a lone page number, a mark) are too
+    // little for Tesseract to read reliably, and too little to miss.
+    const float scale = image.zoom * 72 / 300;
+    const float smallest = 150 * 150 * scale * scale;
+    std::vector<PixelBox> clusters = LeftoverInk(image, result);
+    std::erase_if(clusters, [smallest](const PixelBox& box) {
+        return static_cast<float>(box.right - box.left) * static_cast<float>(box.bottom - box.top) <
+               smallest;
+    });
+    if (clusters.empty())
+        return;
+    tesseract::TessBaseAPI& api = *m_api;
+    api.SetImage(image.grey.data(), image.width, image.height, 1, image.width);
+    api.SetSourceResolution(static_cast<int>(image.zoom * 72 + 0.5f));
+    api.SetPageSegMode(tesseract::PSM_SINGLE_BLOCK);
+    const int pad = static_cast<int>(12 * scale);
+    const auto holdsWords = [&result](const PixelBox& box) {
+        return std::any_of(result.words.begin(), result.words.end(), [&box](const OcrWord& word) {
+            return word.box.left >= box.left && word.box.right <= box.right &&
+                   word.box.top >= box.top && word.box.bottom <= box.bottom;
+        });
+    };
+    for (const PixelBox& cluster : clusters) {
+        // A fill or a frame around words already read is drawing, like a ruled line.
+        if (holdsWords(cluster)) {
+            result.rules.push_back(cluster);
+            continue;
+        }
+        const int left = std::max(0, cluster.left - pad);
+        const int top = std::max(0, cluster.top - pad);
+        const int right = std::min(image.width, cluster.right + pad);
+        const int bottom = std::min(image.height, cluster.bottom + pad);
+        api.SetRectangle(left, top, right - left, bottom - top);
+        OcrResult found;
+        if (!run(found))
+            break;
+        // Text when confident words fill most of it; otherwise a picture of its own.
+        float covered = 0;
+        for (const OcrWord& word : found.words) {
+            if (word.confidence >= ConfidenceFloor && utf8Length(word.text) >= 2)
+                covered += static_cast<float>(word.box.right - word.box.left) *
+                           static_cast<float>(word.box.bottom - word.box.top);
+        }
+        const float area = static_cast<float>(cluster.right - cluster.left) *
+                           static_cast<float>(cluster.bottom - cluster.top);
+        if (covered < area / 2) {
+            result.pictures.push_back(cluster);
+            continue;
+        }
+        const auto lineBase = static_cast<int>(result.lines.size());
+        result.lines.insert(result.lines.end(), found.lines.begin(), found.lines.end());
+        for (OcrWord& word : found.words) {
+            word.line += lineBase;
+            result.words.push_back(std::move(word));
+        }
+    }
     api.Clear();
-    result.read = true;
-    return result;
 }
 
 }  // namespace velmora

@@ -56,10 +56,15 @@ struct OcrResult final
     std::vector<OcrLine> lines;
     std::vector<OcrWord> words;
     std::vector<PixelBox> pictures;
+    std::vector<PixelBox> rules;  // ruled lines: a table's, a form's, a signature's
 };
 
 // Words below this confidence are not taken as text.
 inline constexpr float ConfidenceFloor = 60;
+
+// Clusters of ink outside every word and picture Tesseract found, without dust and ruled
+// lines, largest first.
+std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& result);
 
 class TesseractReader final
 {
@@ -76,6 +81,11 @@ public:
 private:
     bool load(const std::string& languages);
     OcrResult recognise(const ScanImage& image);
+    // Runs Tesseract on the image or rectangle set, and adds what it read to `result`.
+    bool run(OcrResult& result);
+    // Reads sizeable ink the page layout left out: text it missed, or else a picture of its
+    // own (a signature, a logo, a drawing).
+    void readLeftovers(const ScanImage& image, OcrResult& result);
     // Reads doubtful words again on their own.
     void reconsider(const ScanImage& image, OcrResult& result);
     // Orientation in quarter turns clockwise to make the page upright, and the script.
