@@ -5,9 +5,10 @@
 #     another with its OpenMP loops held to one thread (OMP_THREAD_LIMIT=1), and, for
 #     reference, as it comes (OpenMP on every core);
 #   - the engine converting the same pages as one PDF, on one core (taskset) and on all;
-#   - the Japanese page, with Japanese and English, under a Japanese locale;
+#   - a page of English prose alone, and the Japanese page with Japanese and English under a
+#     Japanese locale, each as a document of its own on one core;
 #   - the peak resident size converting scans of 4 and 16 pages, which should not grow.
-# Times are medians of wall seconds; run it on a quiet machine.
+# Times are medians of wall and of CPU seconds; wall times want a quiet machine.
 #   bench/run-ocr-bench.sh <build-dir> [runs]
 set -euo pipefail
 
@@ -35,17 +36,19 @@ pages=$(mutool info "$work/english.pdf" 2>/dev/null | awk '/^Pages:/ { print $2 
 mutool draw -q -r 300 -c gray -o "$work/english-%d.png" "$work/english.pdf" 2>/dev/null
 mutool draw -q -r 300 -c gray -o "$work/japanese.png" "$work/scan-japanese-prose.pdf" 2>/dev/null
 
-# seconds COMMAND...: median wall time of $runs runs after one warm-up.
-seconds() {
+# measure COMMAND...: median wall and median CPU (user + system) seconds of $runs runs after
+# one warm-up. On a shared machine the CPU seconds are the steadier figure.
+measure() {
   "$@" >/dev/null 2>&1 || { echo "failed: $*" >&2; return 1; }
-  local times=() i start end
+  local walls=() cpus=() i wall user system
   for ((i = 0; i < runs; i++)); do
-    start=$(date +%s%N)
-    "$@" >/dev/null 2>&1
-    end=$(date +%s%N)
-    times+=("$(((end - start) / 1000))")
+    /usr/bin/time -f '%e %U %S' -o "$work/time" "$@" >/dev/null 2>&1
+    read -r wall user system <"$work/time"
+    walls+=("$wall")
+    cpus+=("$(awk -v u="$user" -v s="$system" 'BEGIN { print u + s }')")
   done
-  printf '%s\n' "${times[@]}" | sort -n | awk '{ a[NR] = $1 } END { printf "%.3f\n", a[int((NR + 1) / 2)] / 1e6 }'
+  local median='{ a[NR] = $1 } END { printf "%.2f", a[int((NR + 1) / 2)] }'
+  echo "$(printf '%s\n' "${walls[@]}" | sort -g | awk "$median") $(printf '%s\n' "${cpus[@]}" | sort -g | awk "$median")"
 }
 
 # Every English page through the command, one after another.
@@ -57,36 +60,46 @@ chmod +x "$work/tesseract-pages"
 
 ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", a / b }'; }
 per_page() { awk -v t="$1" -v n="$2" 'BEGIN { printf "%.2f", t / n }'; }
+# row LABEL WALL CPU [REFERENCE-WALL REFERENCE-CPU]
+row() {
+  printf '  %-32s wall %6.2f s (%s s/page)  cpu %6.2f s' "$1" "$2" "$(per_page "$2" "$pages")" "$3"
+  [ $# -lt 5 ] || printf '  ratio wall %s cpu %s' "$(ratio "$2" "$4")" "$(ratio "$3" "$5")"
+  echo
+}
 
-export LANG=en_US.UTF-8 LC_ALL=en_US.UTF-8
-single=$(seconds env OMP_THREAD_LIMIT=1 taskset -c 0 "$work/tesseract-pages")
-openmp=$(seconds "$work/tesseract-pages")
-engine_one=$(seconds taskset -c 0 "$engine" "$work/english.pdf" "$work/english.rtf" -C -H)
-engine_all=$(seconds "$engine" "$work/english.pdf" "$work/english.rtf" -C -H)
-cores=$(nproc)
+english=(env LANG=en_US.UTF-8 LC_ALL=en_US.UTF-8)
+japanese=(env LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8)
+read -r single single_cpu < <(measure env OMP_THREAD_LIMIT=1 taskset -c 0 "$work/tesseract-pages")
+read -r openmp openmp_cpu < <(measure "$work/tesseract-pages")
+read -r one one_cpu < <(measure "${english[@]}" taskset -c 0 "$engine" "$work/english.pdf" "$work/english.rtf" -C -H)
+read -r all all_cpu < <(measure "${english[@]}" "$engine" "$work/english.pdf" "$work/english.rtf" -C -H)
 
-echo "English scans, $pages pages at 300 dpi (median of $runs runs, wall seconds)"
-printf '  tesseract, one thread          %7.2f s  (%s s/page)\n' "$single" "$(per_page "$single" "$pages")"
-printf '  tesseract, OpenMP as it comes  %7.2f s  (%s s/page)\n' "$openmp" "$(per_page "$openmp" "$pages")"
-printf '  engine, one core               %7.2f s  (%s s/page)  %s x tesseract one thread\n' \
-  "$engine_one" "$(per_page "$engine_one" "$pages")" "$(ratio "$engine_one" "$single")"
-printf '  engine, %2d cores               %7.2f s  (%s s/page)  %s x tesseract one thread\n' \
-  "$cores" "$engine_all" "$(per_page "$engine_all" "$pages")" "$(ratio "$engine_all" "$single")"
+echo "English scans, $pages pages at 300 dpi (medians of $runs runs; ratios against tesseract, one thread)"
+row "tesseract, one thread" "$single" "$single_cpu"
+row "tesseract, OpenMP as it comes" "$openmp" "$openmp_cpu" "$single" "$single_cpu"
+row "engine, one core" "$one" "$one_cpu" "$single" "$single_cpu"
+row "engine, all $(nproc) cores" "$all" "$all_cpu" "$single" "$single_cpu"
 
-export LANG=ja_JP.UTF-8 LC_ALL=ja_JP.UTF-8
-jsingle=$(seconds env OMP_THREAD_LIMIT=1 taskset -c 0 tesseract "$work/japanese.png" "$work/out" -l jpn+eng)
-jengine=$(seconds taskset -c 0 "$engine" "$work/scan-japanese-prose.pdf" "$work/japanese.rtf" -C -H)
+pages=1
+read -r psingle psingle_cpu < <(measure env OMP_THREAD_LIMIT=1 taskset -c 0 tesseract "$work/english-1.png" "$work/out")
+read -r pone pone_cpu < <(measure "${english[@]}" taskset -c 0 "$engine" "$work/scan-prose.pdf" "$work/prose.rtf" -C -H)
+echo
+echo "English prose, 1 page"
+row "tesseract, one thread" "$psingle" "$psingle_cpu"
+row "engine, one core" "$pone" "$pone_cpu" "$psingle" "$psingle_cpu"
+
+read -r jsingle jsingle_cpu < <(measure env OMP_THREAD_LIMIT=1 taskset -c 0 tesseract "$work/japanese.png" "$work/out" -l jpn+eng)
+read -r jone jone_cpu < <(measure "${japanese[@]}" taskset -c 0 "$engine" "$work/scan-japanese-prose.pdf" "$work/japanese.rtf" -C -H)
 echo
 echo "Japanese scan, 1 page, Japanese and English"
-printf '  tesseract -l jpn+eng, one thread %6.2f s\n' "$jsingle"
-printf '  engine, one core                 %6.2f s  %s x tesseract\n' "$jengine" "$(ratio "$jengine" "$jsingle")"
+row "tesseract -l jpn+eng, one thread" "$jsingle" "$jsingle_cpu"
+row "engine, one core" "$jone" "$jone_cpu" "$jsingle" "$jsingle_cpu"
 
-export LANG=en_US.UTF-8 LC_ALL=en_US.UTF-8
 echo
 echo "Peak resident size, all cores"
 for count in 4 16; do
   mkdir -p "$work/long$count"
   "$maker" "$work/long$count" "$count"
-  peak=$(/usr/bin/time -f '%M' "$engine" "$work/long$count/scan-long.pdf" "$work/long.rtf" -C -H 2>&1 >/dev/null | tail -1)
+  peak=$(/usr/bin/time -f '%M' "${english[@]}" "$engine" "$work/long$count/scan-long.pdf" "$work/long.rtf" -C -H 2>&1 >/dev/null | tail -1)
   printf '  %2d pages: %s MB\n' "$count" "$(awk -v k="$peak" 'BEGIN { printf "%.1f", k / 1024 }')"
 done
