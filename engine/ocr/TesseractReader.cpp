@@ -269,13 +269,16 @@ OcrResult TesseractReader::read(ScanImage& image)
             }
         }
         const std::string language = LanguageForScript(script, m_choice.dataPath);
-        if (!language.empty() && (base + "+").find(language + "+") == std::string::npos &&
-            load(language + "+" + base)) {
-            OcrResult other = recognise(clean);
-            other.turns = best.turns;
-            if (better(other, best)) {
-                best = std::move(other);
-                m_scriptLanguage = language;
+        if (!language.empty() && (base + "+").find(language + "+") == std::string::npos) {
+            if (load(language + "+" + base)) {
+                OcrResult other = recognise(clean);
+                other.turns = best.turns;
+                if (better(other, best)) {
+                    best = std::move(other);
+                    m_scriptLanguage = language;
+                }
+            } else if (!load(base)) {
+                return best;
             }
         }
     }
@@ -310,6 +313,8 @@ void TesseractReader::reconsider(const ScanImage& image, OcrResult& result)
         const int top = std::max(0, box.top - pad);
         const int right = std::min(image.width, box.right + margin);
         const int bottom = std::min(image.height, box.bottom + pad);
+        if (right <= left || bottom <= top)
+            continue;
         api.SetRectangle(left, top, right - left, bottom - top);
         tesseract::ETEXT_DESC monitor;
         monitor.cancel = cancelled;
