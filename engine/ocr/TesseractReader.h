@@ -35,8 +35,7 @@ struct OcrLine final
     float baseY1 = 0;
     float baseX2 = 0;
     float baseY2 = 0;
-    float height = 0;     // ascender top to descender bottom, in pixels
-    int orientation = 0;  // quarter turns clockwise from the page's up to the text's up
+    float height = 0;  // ascender top to descender bottom, in pixels
 };
 
 struct OcrWord final
@@ -56,7 +55,8 @@ struct OcrResult final
     std::vector<OcrLine> lines;
     std::vector<OcrWord> words;
     std::vector<PixelBox> pictures;
-    std::vector<PixelBox> rules;  // ruled lines: a table's, a form's, a signature's
+    // Drawing: ruled lines (a table's, a form's, a signature's), fills and frames around words.
+    std::vector<PixelBox> rules;
 };
 
 // Words below this confidence are not taken as text.
