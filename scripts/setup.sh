@@ -9,6 +9,7 @@ packages=(
   libgl-dev libxkbcommon-dev
   libx11-dev libglib2.0-dev
   libmupdf-dev mupdf-tools libmujs-dev libgumbo-dev libopenjp2-7-dev libjbig2dec0-dev
+  libtesseract-dev tesseract-ocr tesseract-ocr-eng tesseract-ocr-jpn tesseract-ocr-osd
   libgtest-dev googletest
   clang clang-format clang-tidy libclang-rt-14-dev gcovr
   fonts-ipafont-gothic fonts-dejavu-core fonts-dejavu-extra fonts-wine

@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <algorithm>
+#include <atomic>
 
 #include <csignal>
 #include <cstdio>
@@ -22,16 +23,26 @@ enum ExitCode { Success = 0, Failed = 1, Usage = 2, Password = 3 };
 
 // A hostile file may make MuPDF work for ever; past this budget the page being read stops.
 velmora::PdfSession* g_session = nullptr;
+std::atomic<bool> g_stopRecognition{false};
 
 void onAlarm(int)
 {
     if (g_session)
         g_session->abortWork();
+    g_stopRecognition = true;
 }
 
 unsigned TimeBudgetSeconds(int pages)
 {
     return 60u + static_cast<unsigned>(std::max(pages, 0));
+}
+
+// Recognising a scanned page takes seconds of its own; each one sent adds to the budget.
+constexpr unsigned SecondsPerRecognisedPage = 20;
+
+void extendTimeBudget()
+{
+    alarm(alarm(0) + SecondsPerRecognisedPage);
 }
 
 int fail(int code, const std::string& reason)
@@ -72,10 +83,22 @@ int main(int argc, char** argv)
             velmora::WritePagePictures(pdf, options, velmora::PictureStem(line->target));
         if (!line->pictures) {
             const bool quiet = line->quiet;
-            velmora::ConvertToFile(pdf, options, line->target, [quiet](int done, int total) {
-                if (!quiet)
-                    std::printf("page %d of %d\n", done, total);
-            });
+            velmora::RecognitionHooks hooks;
+            hooks.pageQueued = extendTimeBudget;
+            hooks.notice = [&line](const std::string& notice) {
+                std::fprintf(stderr, "VelmoraConverter: %s: %s\n", line->source.c_str(),
+                             notice.c_str());
+            };
+            hooks.stop = &g_stopRecognition;
+            velmora::ConvertToFile(
+                pdf, options, line->target,
+                [quiet](int done, int total) {
+                    if (!quiet) {
+                        std::printf("page %d of %d\n", done, total);
+                        std::fflush(stdout);
+                    }
+                },
+                hooks);
         }
     } catch (const velmora::ConversionError& failure) {
         return fail(Failed, line->source + ": " + failure.what());

@@ -3,6 +3,7 @@
 #include "convert/AtomicFile.h"
 #include "layout/PageLayout.h"
 #include "layout/RunningHeads.h"
+#include "ocr/PageRecognition.h"
 #include "rtf/RtfWriter.h"
 
 #include <algorithm>
@@ -89,7 +90,8 @@ float shrinkToFit(const Block& block, float boxWidth, float boxHeight)
 class DocumentWriter
 {
 public:
-    DocumentWriter(PdfSession& pdf, const EngineOptions& options) : m_pdf(pdf), m_options(options)
+    DocumentWriter(PdfSession& pdf, const EngineOptions& options, const RecognitionHooks& hooks)
+        : m_pdf(pdf), m_options(options), m_hooks(hooks)
     {
         m_pictureOptions.extract = options.extractImages;
         m_pictureOptions.jpeg = options.imageFormat != 1;
@@ -106,8 +108,11 @@ public:
         if (!body)
             throw ConversionError("cannot make a temporary file");
         RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+        PageRecognition recognition(m_pdf, m_fonts, m_options.conversionMethod, m_pictureOptions,
+                                    m_hooks, [this](int index) { return takePage(index); });
         for (int index = first; index <= last; ++index) {
-            PageContent page = takePage(index);
+            PageContent page =
+                m_options.extractText ? recognition.take(index, last) : takePage(index);
             m_anything = m_anything || !page.lines.empty() || !page.pictures.empty();
             writePage(writer, page, index, index == first);
             if (std::fwrite(writer.out().data(), 1, writer.out().size(), body.get()) !=
@@ -714,6 +719,7 @@ private:
 
     PdfSession& m_pdf;
     const EngineOptions& m_options;
+    const RecognitionHooks& m_hooks;
     PictureOptions m_pictureOptions;
     FontTable m_fonts;
     RtfTables m_tables;
@@ -750,9 +756,10 @@ std::pair<int, int> PageSpan(const EngineOptions& options, int pageCount)
 }
 
 void WriteRtf(PdfSession& pdf, const EngineOptions& options,
-              const std::function<void(const std::string&)>& sink, const Progress& progress)
+              const std::function<void(const std::string&)>& sink, const Progress& progress,
+              const RecognitionHooks& hooks)
 {
-    DocumentWriter writer(pdf, options);
+    DocumentWriter writer(pdf, options, hooks);
     try {
         writer.run(sink, progress);
     } catch (const PdfError& error) {
@@ -761,7 +768,7 @@ void WriteRtf(PdfSession& pdf, const EngineOptions& options,
 }
 
 void ConvertToFile(PdfSession& pdf, const EngineOptions& options, const std::string& target,
-                   const Progress& progress)
+                   const Progress& progress, const RecognitionHooks& hooks)
 {
     AtomicFile file(target);
     if (!file.open())
@@ -772,7 +779,7 @@ void ConvertToFile(PdfSession& pdf, const EngineOptions& options, const std::str
             if (!file.write(piece))
                 throw ConversionError(file.error());
         },
-        progress);
+        progress, hooks);
     if (!file.commit())
         throw ConversionError(file.error());
 }

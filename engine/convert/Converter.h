@@ -4,6 +4,7 @@
 // pictures of a preview. Failures come out as ConversionError with a one-line reason.
 
 #include "convert/EngineOptions.h"
+#include "ocr/PageRecognition.h"
 #include "pdf/PdfSession.h"
 
 #include <functional>
@@ -25,13 +26,15 @@ std::pair<int, int> PageSpan(const EngineOptions& options, int pageCount);
 // Called after each page with the number done and the number to do.
 using Progress = std::function<void(int, int)>;
 
-// The whole RTF document, written through `sink` in pieces, in order.
+// The whole RTF document, written through `sink` in pieces, in order. Scanned pages are
+// recognised as text on the way.
 void WriteRtf(PdfSession& pdf, const EngineOptions& options,
-              const std::function<void(const std::string&)>& sink, const Progress& progress = {});
+              const std::function<void(const std::string&)>& sink, const Progress& progress = {},
+              const RecognitionHooks& hooks = {});
 
 // The RTF document into `target`, whole or not at all.
 void ConvertToFile(PdfSession& pdf, const EngineOptions& options, const std::string& target,
-                   const Progress& progress = {});
+                   const Progress& progress = {}, const RecognitionHooks& hooks = {});
 
 // Pictures of the pages in the span as <stem>_<n>.bmp, n counted from 1.
 void WritePagePictures(PdfSession& pdf, const EngineOptions& options, const std::string& stem);

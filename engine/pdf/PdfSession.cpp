@@ -557,6 +557,49 @@ std::vector<uint8_t> PdfSession::renderBmp(int index, int dpi)
     return bmp;
 }
 
+PagePixels PdfSession::renderPixels(int index, int dpi)
+{
+    fz_context* ctx = m_impl->ctx;
+    if (!m_impl->doc)
+        throw PdfError("no document is open");
+    PageResources held{ctx};
+    PagePixels out;
+    fz_pixmap* pixmap = nullptr;
+    fz_device* device = nullptr;
+    fz_var(pixmap);
+    fz_var(device);
+    fz_try(ctx)
+    {
+        held.page = fz_load_page(ctx, &m_impl->doc->super, index);
+        const fz_rect bounds = fz_bound_page(ctx, held.page);
+        const PictureSize size = PagePictureSize(bounds.x1 - bounds.x0, bounds.y1 - bounds.y0, dpi);
+        out.width = size.width;
+        out.height = size.height;
+        out.zoom = size.zoom;
+        // MuPDF draws straight into the caller's buffer.
+        out.rgb.assign(static_cast<std::size_t>(size.width) * 3 * size.height, 255);
+        pixmap = fz_new_pixmap_with_data(ctx, fz_device_rgb(ctx), size.width, size.height, nullptr,
+                                         0, size.width * 3, out.rgb.data());
+        const fz_matrix ctm =
+            fz_concat(fz_translate(-bounds.x0, -bounds.y0), fz_scale(size.zoom, size.zoom));
+        device = fz_new_draw_device(ctx, fz_identity, pixmap);
+        fz_run_page(ctx, held.page, device, ctm, &m_impl->cookie);
+        fz_close_device(ctx, device);
+    }
+    fz_always(ctx)
+    {
+        fz_drop_device(ctx, device);
+        fz_drop_pixmap(ctx, pixmap);
+    }
+    fz_catch(ctx)
+    {
+        throw PdfError(fz_caught_message(ctx));
+    }
+    if (m_impl->cookie.abort)
+        throw PdfError("stopped: the document takes too long to read");
+    return out;
+}
+
 void PdfSession::abortWork() noexcept
 {
     m_impl->cookie.abort = 1;

@@ -62,6 +62,15 @@ struct PictureSize final
 // The pixel size of a picture of a page of widthPt x heightPt points at `dpi`.
 PictureSize PagePictureSize(float widthPt, float heightPt, int dpi);
 
+// A page drawn as 8-bit RGB, top row first, rows packed, for text recognition.
+struct PagePixels final
+{
+    int width = 0;
+    int height = 0;
+    float zoom = 1;  // pixels per point
+    std::vector<uint8_t> rgb;
+};
+
 class PdfSession final
 {
 public:
@@ -83,6 +92,7 @@ public:
     // The page as a 24-bit Windows bitmap file at `dpi` dots per inch, or smaller as
     // PagePictureSize says.
     std::vector<uint8_t> renderBmp(int index, int dpi);
+    PagePixels renderPixels(int index, int dpi);
 
     // Makes the page being read or drawn, and every later one, stop with a PdfError. Safe to
     // call from a signal handler.

@@ -1,0 +1,149 @@
+#include "ocr/ScanImage.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace velmora {
+
+namespace {
+
+// `pixels` (width x height, `channels` bytes each) turned a quarter clockwise `turns` times.
+std::vector<uint8_t> turned(const std::vector<uint8_t>& pixels, int width, int height, int channels,
+                            int turns)
+{
+    std::vector<uint8_t> out(pixels.size());
+    const bool sideways = turns % 2 != 0;
+    const int outWidth = sideways ? height : width;
+    const auto c = static_cast<std::size_t>(channels);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            int tx = x;
+            int ty = y;
+            if (turns == 1) {
+                tx = height - 1 - y;
+                ty = x;
+            } else if (turns == 2) {
+                tx = width - 1 - x;
+                ty = height - 1 - y;
+            } else if (turns == 3) {
+                tx = y;
+                ty = width - 1 - x;
+            }
+            const std::size_t from = (static_cast<std::size_t>(y) * width + x) * c;
+            const std::size_t to = (static_cast<std::size_t>(ty) * outWidth + tx) * c;
+            std::copy_n(pixels.begin() + static_cast<std::ptrdiff_t>(from), c,
+                        out.begin() + static_cast<std::ptrdiff_t>(to));
+        }
+    }
+    return out;
+}
+
+}  // namespace
+
+ScanImage ScanImage::FromPixels(PagePixels&& pixels)
+{
+    ScanImage image;
+    image.width = pixels.width;
+    image.height = pixels.height;
+    image.zoom = pixels.zoom;
+    const std::size_t count = static_cast<std::size_t>(pixels.width) * pixels.height;
+    image.grey.resize(count);
+    // A page counts as coloured when a noticeable share of it is clearly not grey; scanner
+    // noise and the colour fringes of JPEG don't make it so.
+    std::size_t coloured = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const int r = pixels.rgb[3 * i];
+        const int g = pixels.rgb[3 * i + 1];
+        const int b = pixels.rgb[3 * i + 2];
+        image.grey[i] = static_cast<uint8_t>((r * 77 + g * 150 + b * 29) >> 8);
+        if (std::max({std::abs(r - g), std::abs(g - b), std::abs(r - b)}) > 40)
+            ++coloured;
+    }
+    if (coloured * 1000 > count)
+        image.rgb = std::move(pixels.rgb);
+    pixels.rgb = {};
+    return image;
+}
+
+std::vector<uint8_t> ScanImage::withoutSpecks() const
+{
+    std::vector<uint8_t> clean = grey;
+    constexpr uint8_t Dark = 150;
+    constexpr uint8_t Paper = 180;
+    // A full stop of 6 pt print covers about 12 pixels at 300 dpi; specks are smaller.
+    const float scale = zoom * 72 / 300;
+    const auto largest = static_cast<std::size_t>(std::max(1.0f, 6 * scale * scale));
+    const auto w = static_cast<std::size_t>(width);
+    const auto h = static_cast<std::size_t>(height);
+    std::vector<uint8_t> seen(grey.size(), 0);
+    std::vector<std::size_t> stack;
+    std::vector<std::size_t> component;
+    for (std::size_t start = 0; start < grey.size(); ++start) {
+        if (seen[start] || clean[start] >= Dark)
+            continue;
+        // The whole component is walked once, so the pass stays linear in the page.
+        stack.assign(1, start);
+        seen[start] = 1;
+        component.clear();
+        while (!stack.empty()) {
+            const std::size_t at = stack.back();
+            stack.pop_back();
+            component.push_back(at);
+            const std::size_t x = at % w;
+            const std::size_t y = at / w;
+            for (std::size_t ny = y > 0 ? y - 1 : 0; ny <= std::min(y + 1, h - 1); ++ny) {
+                for (std::size_t nx = x > 0 ? x - 1 : 0; nx <= std::min(x + 1, w - 1); ++nx) {
+                    const std::size_t next = ny * w + nx;
+                    if (!seen[next] && clean[next] < Dark) {
+                        seen[next] = 1;
+                        stack.push_back(next);
+                    }
+                }
+            }
+        }
+        if (component.size() > largest)
+            continue;
+        // Painted with the paper around it, the soft edge included; a spot in a picture's
+        // greys is left alone.
+        std::size_t x0 = w;
+        std::size_t y0 = h;
+        std::size_t x1 = 0;
+        std::size_t y1 = 0;
+        for (std::size_t at : component) {
+            x0 = std::min(x0, at % w);
+            x1 = std::max(x1, at % w);
+            y0 = std::min(y0, at / w);
+            y1 = std::max(y1, at / w);
+        }
+        x0 = x0 > 0 ? x0 - 1 : 0;
+        y0 = y0 > 0 ? y0 - 1 : 0;
+        x1 = std::min(x1 + 1, w - 1);
+        y1 = std::min(y1 + 1, h - 1);
+        uint8_t paper = 0;
+        for (std::size_t y = y0; y <= y1; ++y) {
+            for (std::size_t x = x0; x <= x1; ++x)
+                paper = std::max(paper, clean[y * w + x]);
+        }
+        if (paper < Paper)
+            continue;
+        for (std::size_t y = y0; y <= y1; ++y) {
+            for (std::size_t x = x0; x <= x1; ++x)
+                clean[y * w + x] = paper;
+        }
+    }
+    return clean;
+}
+
+void ScanImage::turnClockwise(int turns)
+{
+    turns = ((turns % 4) + 4) % 4;
+    if (turns == 0)
+        return;
+    grey = turned(grey, width, height, 1, turns);
+    if (!rgb.empty())
+        rgb = turned(rgb, width, height, 3, turns);
+    if (turns % 2 != 0)
+        std::swap(width, height);
+}
+
+}  // namespace velmora
