@@ -192,7 +192,7 @@ TEST(Recognition, ATwoPageScanReadsAsItsSource)
     const QString pdf = dir.filePath("scan.pdf");
     velmora::fixtures::WritePdf(pdf.toStdString(), scan.pages);
 
-    StoreOptions([](RunState& s) { s.ConversionMethod = 3; });
+    StoreOptions([](OptionValues& s) { s.ConversionMethod = 3; });
     const QString rtf = dir.filePath("scan.rtf");
     const EngineResult result = RunEngine({pdf, rtf, "-C"}, 120000);
     ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
@@ -209,7 +209,7 @@ TEST(Recognition, ATwoPageScanReadsAsItsSource)
     EXPECT_EQ(body.find("{\\pict"), std::string::npos);
 
     // A preview of a scan still draws its page, and writes no document.
-    StoreOptions([](RunState& s) { s.ZoomDpi = 20; });
+    StoreOptions([](OptionValues& s) { s.ZoomDpi = 20; });
     const EngineResult preview = RunEngine({pdf, dir.filePath("p.rtf"), "-C", "-P", "-H"});
     EXPECT_EQ(preview.exitCode, 0) << preview.err.toStdString();
     EXPECT_TRUE(QFileInfo::exists(dir.filePath("p_1.bmp")));
