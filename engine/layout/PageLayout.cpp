@@ -202,6 +202,66 @@ float firstWordWidth(const Line& line)
     return end - line.box.x0;
 }
 
+// The gaps between the words of a line, blank to blank, leaving out its tabs.
+std::vector<float> wordGaps(const Line& line)
+{
+    std::vector<float> gaps;
+    const Glyph* lastInk = nullptr;
+    bool blank = false;
+    for (const Glyph& glyph : line.glyphs) {
+        if (glyph.c == '\t') {
+            lastInk = nullptr;
+            continue;
+        }
+        if (isSpace(glyph.c)) {
+            blank = true;
+            continue;
+        }
+        if (lastInk && blank)
+            gaps.push_back(glyph.box.x0 - lastInk->box.x1);
+        lastInk = &glyph;
+        blank = false;
+    }
+    return gaps;
+}
+
+// A justified line stretches its blanks, sometimes past the width that otherwise tells a
+// column apart. Such a gap is a word space: it is no wider than a few of the line's other
+// word gaps, and no line nearby has a column starting where the next word does.
+void joinJustifiedGaps(std::vector<Line>& lines)
+{
+    constexpr std::size_t Neighbours = 3;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        Line& line = lines[i];
+        if (line.tabStops.empty())
+            continue;
+        const std::vector<float> gaps = wordGaps(line);
+        if (gaps.size() < 2)
+            continue;
+        const float typical = median(gaps, 0);
+        const float size = std::max(line.size, 1.0f);
+        std::vector<float> kept;
+        std::size_t stop = 0;
+        for (Glyph& glyph : line.glyphs) {
+            if (glyph.c != '\t')
+                continue;
+            const float next = line.tabStops[stop++];
+            const float gap = glyph.box.width();
+            bool aligned = false;
+            const std::size_t from = i >= Neighbours ? i - Neighbours : 0;
+            for (std::size_t j = from; j < std::min(lines.size(), i + Neighbours + 1); ++j) {
+                for (float other : lines[j].tabStops)
+                    aligned = aligned || (j != i && std::fabs(other - next) < 2);
+            }
+            if (gap <= size * 3 && gap <= typical * 3 + size * 0.1f && !aligned)
+                glyph.c = ' ';
+            else
+                kept.push_back(next);
+        }
+        line.tabStops = std::move(kept);
+    }
+}
+
 }  // namespace
 
 std::string ToUtf8(const std::vector<Glyph>& glyphs)
@@ -458,10 +518,17 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
             line.box.unite(group[i].box);
         }
         line.size = weightedSize(line.glyphs);
+        std::vector<float> baselines;
+        for (const Glyph& glyph : line.glyphs) {
+            if (!isSpace(glyph.c))
+                baselines.push_back(glyph.baseline);
+        }
+        line.baseline = median(std::move(baselines), line.box.y1);
         lines.push_back(std::move(line));
     }
     std::sort(lines.begin(), lines.end(),
               [](const Line& a, const Line& b) { return a.box.y1 < b.box.y1; });
+    joinJustifiedGaps(lines);
     return lines;
 }
 

@@ -39,6 +39,7 @@ struct Line final
     std::vector<float> tabStops;
     Rect box;
     float size = 0;
+    float baseline = 0;  // where most of its glyphs stand
 };
 
 enum class BlockKind { Paragraph, Heading1, Heading2, Picture, Rotated };

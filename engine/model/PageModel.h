@@ -57,6 +57,7 @@ struct Glyph final
 {
     char32_t c = 0;
     Rect box;
+    float baseline = 0;  // y of the pen on the baseline
     float size = 0;
     int font = 0;         // index into the document's font list
     uint32_t colour = 0;  // 0xRRGGBB

@@ -462,6 +462,7 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                 Glyph glyph;
                 glyph.c = static_cast<char32_t>(ch->c);
                 glyph.box = shift(toRect(fz_rect_from_quad(ch->quad)));
+                glyph.baseline = ch->origin.y + dy;
                 glyph.size = ch->size;
                 glyph.colour = static_cast<uint32_t>(ch->color) & 0xffffff;
                 if (ch->font != lastFont) {
