@@ -281,15 +281,17 @@ namespace velmora {
 
 namespace {
 
-// The opening of a shape at `box` on the page; its properties follow.
-std::string shapeStart(const Rect& box, bool behind)
+// The opening of a shape at `box`; its properties follow.
+std::string shapeStart(const Rect& box, bool behind, const ShapeAnchor& anchor)
 {
-    return "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(Twips(box.x0)) + "\\shptop" +
-           std::to_string(Twips(box.y0)) + "\\shpright" + std::to_string(Twips(box.x1)) +
-           "\\shpbottom" + std::to_string(Twips(box.y1)) +
-           "\\shpfhdr0\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore\\shpwr3\\shpwrk0"
-           "\\shpfblwtxt" +
-           (behind ? "1" : "0") + "\\shpz0";
+    const float dx = anchor.paragraph ? anchor.left : 0;
+    const float dy = anchor.paragraph ? anchor.top : 0;
+    return "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(Twips(box.x0 - dx)) + "\\shptop" +
+           std::to_string(Twips(box.y0 - dy)) + "\\shpright" + std::to_string(Twips(box.x1 - dx)) +
+           "\\shpbottom" + std::to_string(Twips(box.y1 - dy)) + "\\shpfhdr0" +
+           (anchor.paragraph ? "\\shpbxmargin\\shpbxignore\\shpbypara\\shpbyignore"
+                             : "\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore") +
+           "\\shpwr3\\shpwrk0\\shpfblwtxt" + (behind ? "1" : "0") + "\\shpz0";
 }
 
 std::string property(const char* name, long value)
@@ -305,10 +307,10 @@ long colourRef(uint32_t rgb)
 
 }  // namespace
 
-void RtfWriter::shape(const Drawing& drawing)
+void RtfWriter::shape(const Drawing& drawing, const ShapeAnchor& anchor)
 {
     const bool line = drawing.kind == Drawing::Kind::Line;
-    m_out += shapeStart(drawing.box, !drawing.inFront);
+    m_out += shapeStart(drawing.box, !drawing.inFront, anchor);
     m_out += property("shapeType", line ? 20 : 1);
     if (line && drawing.rising)
         m_out += property("fFlipV", 1);
@@ -324,9 +326,9 @@ void RtfWriter::shape(const Drawing& drawing)
     m_out += "}}";
 }
 
-void RtfWriter::pictureShape(const Picture& picture)
+void RtfWriter::pictureShape(const Picture& picture, bool behind, const ShapeAnchor& anchor)
 {
-    m_out += shapeStart(picture.box, true);
+    m_out += shapeStart(picture.box, behind, anchor);
     m_out += property("shapeType", 75);
     m_out += property("fLine", 0);
     m_out += "{\\sp{\\sn pib}{\\sv ";
