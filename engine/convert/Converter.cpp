@@ -142,6 +142,14 @@ private:
             }
             sampleLines.push_back(PageLines(page));
             sampleSizes.emplace_back(page.width, page.height);
+            // Pictures the text flows around set its width too; backgrounds don't.
+            for (const Picture& picture : page.pictures) {
+                const Rect& box = picture.box;
+                if (box.width() * box.height() >= page.width * page.height * 0.5f)
+                    continue;
+                m_extents.left = std::min(m_extents.left, std::max(box.x0, 0.0f));
+                m_extents.right = std::min(m_extents.right, std::max(page.width - box.x1, 0.0f));
+            }
             sampleText.insert(sampleText.end(), page.lines.begin(), page.lines.end());
             if (keep)
                 m_cache.emplace_back(index, std::move(page));
@@ -202,8 +210,11 @@ private:
         section.top = margin(m_extents.top, 72, page.height);
         // Flowing text fills pages as deep as the PDF's fullest page; placed text needs the
         // bottom margin only as room to spare.
-        section.bottom =
-            m_options.conversionMethod == 3 ? margin(m_extents.bottom, 72, page.height) : minimum;
+        // A document whose few pages all end early does not ask for a deep bottom margin.
+        section.bottom = m_options.conversionMethod == 3
+                             ? std::min(margin(m_extents.bottom, 72, page.height),
+                                        std::max(72.0f, section.top * 1.5f))
+                             : minimum;
         // The body starts below the header and ends above the footer, or a word processor
         // pushes it away.
         if (m_extents.headerBottom)
@@ -229,6 +240,7 @@ private:
             m_section = sectionFor(page);
             writer.out() += "\\sect\\sectd\\sbkpage" + sectionFormat() + "\n";
             m_flow.newPage();
+            m_columnsOpen = false;
         }
 
         // Pictures that cover most of the page are its background, and go behind the text
@@ -275,7 +287,8 @@ private:
                     m_section,
                     sectionFormat(),
                     std::move(shapes),
-                    !firstPage && !resized};
+                    !firstPage && !resized,
+                    &m_columnsOpen};
         switch (m_options.conversionMethod) {
         case 1:
             WriteTabbedPage(writer, job);
@@ -413,6 +426,7 @@ private:
     bool m_footerWritten = false;
     Extents m_extents;
     FlowPosition m_flow;
+    bool m_columnsOpen = false;
 };
 
 }  // namespace

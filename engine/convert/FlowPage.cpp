@@ -50,9 +50,10 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
     std::string& out = writer.out();
 
     // The text stays with the PDF's pages where it runs short of them: a page that ends early
-    // (a title page, a slide, a chapter's end) ends early here too.
+    // (a title page, a slide, a chapter's end) ends early here too. A page the text has
+    // nearly filled may already have spilled over, so it is not ended.
     bool pageBreak = false;
-    if (job.pageBreak && flow.outputPages - 1 < flow.sourcePages) {
+    if (job.pageBreak && flow.outputPages - 1 < flow.sourcePages && flow.used < height * 0.7f) {
         pageBreak = true;
         flow.newPage();
     }
@@ -94,18 +95,31 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         std::string lead = first ? opening + shapes[i] : shapes[i];
         first = false;
         if (block.kind == BlockKind::Picture) {
-            const Picture& picture = job.page.pictures[static_cast<std::size_t>(block.picture)];
-            float w = picture.box.width();
-            float h = picture.box.height();
-            if (w > width) {
-                h *= width / w;
-                w = width;
-            }
+            // Pictures side by side in the PDF stay side by side, in one paragraph.
+            std::size_t last = i;
+            float row = 0;
+            while (last + 1 < blocks.size() && blocks[last + 1].kind == BlockKind::Picture &&
+                   blocks[last + 1].box.y0 < block.box.y1 && blocks[last + 1].box.y1 > block.box.y0)
+                ++last;
+            for (std::size_t k = i; k <= last; ++k)
+                row += blocks[k].box.width();
+            // Each picture after the first stands after a blank.
+            const float room = width - static_cast<float>(last - i) * 4;
+            const float fit = row > room ? room / row : 1;
             out += "\\qc " + lead;
-            writer.picture(picture, w, h);
+            float tallest = 0;
+            for (std::size_t k = i; k <= last; ++k) {
+                const Picture& picture =
+                    job.page.pictures[static_cast<std::size_t>(blocks[k].picture)];
+                if (k > i)
+                    out += " " + shapes[k];
+                writer.picture(picture, picture.box.width() * fit, picture.box.height() * fit);
+                tallest = std::max(tallest, picture.box.height() * fit);
+            }
             out += "\\par\n";
-            flow.advance(h + 2, height);
-            previous = &block;
+            flow.advance(tallest + 2, height);
+            previous = &blocks[last];
+            i = last;
             continue;
         }
         if (block.kind == BlockKind::Rotated) {

@@ -48,6 +48,9 @@ struct PageJob final
     std::string sectionFormat;  // says the section's page again, for a section break
     std::string anchored;       // shapes to anchor in the page's first paragraph
     bool pageBreak = false;     // the page begins with a page break
+    // Set when the page before ended inside a section of columns, which this page closes;
+    // a page that ends inside one leaves it open.
+    bool* columnsOpen = nullptr;
 };
 
 // Tabs and spaces: every block at its place through indents, tab stops and space before,

@@ -297,6 +297,16 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
     fit(placements, section.top, section.textBottom() - 2, exactSpacing);
 
     std::string& out = writer.out();
+    // The columns the page before ended in close here, with the page break if there is one;
+    // closed at the end of their own page, they would leave a trailing empty paragraph that
+    // a full page pushes onto a page of its own.
+    bool pageBreak = job.pageBreak;
+    if (job.columnsOpen && *job.columnsOpen) {
+        out += std::string("\\sect\\sectd") + (pageBreak ? "\\sbkpage" : "\\sbknone") +
+               job.sectionFormat + "\n";
+        pageBreak = false;
+        *job.columnsOpen = false;
+    }
     out += frames;
     bool first = true;
     int band = -1;
@@ -314,7 +324,7 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
         }
         const Block& block = *p.block;
         out += "\\pard\\plain";
-        if (first && job.pageBreak)
+        if (first && pageBreak)
             out += "\\pagebb";
         if (p.gap > 0.5f)
             out += "\\sb" + std::to_string(Twips(p.gap));
@@ -336,11 +346,13 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
         writer.text(block.text, &job.page.links, p.scale);
         out += "\\par\n";
     }
-    if (band >= 0)
+    if (band >= 0 && job.columnsOpen)
+        *job.columnsOpen = true;
+    else if (band >= 0)
         out += "\\sect\\sectd\\sbknone" + job.sectionFormat + "\n";
     if (first) {
-        out += job.pageBreak ? "\\pard\\plain\\pagebb\\sl-20\\slmult0\\fs2 "
-                             : "\\pard\\plain\\sl-20\\slmult0\\fs2 ";
+        out += pageBreak ? "\\pard\\plain\\pagebb\\sl-20\\slmult0\\fs2 "
+                         : "\\pard\\plain\\sl-20\\slmult0\\fs2 ";
         out += anchored + "\\par\n";
     }
 }

@@ -121,6 +121,9 @@ bool isBold(const Block& block, const std::vector<FontFace>* fonts)
 // edges; a single line by where it stands in the region.
 Alignment alignmentOf(const Block& block, float left, float right)
 {
+    // Tab stops place the parts of a line themselves.
+    if (!block.tabStops.empty())
+        return Alignment::Left;
     const float size = std::max(block.lines.front().size, 1.0f);
     const float tolerance = size * 0.5f;
     if (block.lines.size() >= 2) {
@@ -370,49 +373,64 @@ std::vector<std::pair<float, float>> FindGutters(const std::vector<Fragment>& fr
         for (int x = from; x <= to; ++x)
             ++coverage[static_cast<std::size_t>(x)];
     }
-    // A title or a footer may cross the gutter; a handful of such lines don't close it.
+    // A title or a footer may cross the gutter; a handful of such lines don't close it. The
+    // runs that fewest lines cross are tried first, so a column of only a few lines beside
+    // the gutter is not taken for more gutter.
     const int allowed = std::max(2, static_cast<int>(fragments.size() / 10));
     const float minimumWidth = std::max(6.0f, size * 0.6f);
-    int x = static_cast<int>(width * 0.05f);
+    const int begin = static_cast<int>(width * 0.05f);
     const int stop = static_cast<int>(width * 0.95f);
-    while (x < stop) {
-        if (coverage[static_cast<std::size_t>(x)] > allowed) {
-            ++x;
-            continue;
-        }
-        int end = x;
-        while (end < cells && coverage[static_cast<std::size_t>(end)] <= allowed)
-            ++end;
-        const float start = left + static_cast<float>(x);
-        const float finish = left + static_cast<float>(end);
-        x = end;
-        if (finish - start < minimumWidth || end >= stop)
-            continue;
-        // A real gutter has prose on both sides, side by side on the page.
-        std::vector<float> leftWords;
-        std::vector<float> rightWords;
-        float leftTop = 1e9f, leftBottom = -1e9f, rightTop = 1e9f, rightBottom = -1e9f;
-        for (const Fragment& fragment : fragments) {
-            if (fragment.box.x1 <= start + 1 &&
-                fragment.box.x0 >= (gutters.empty() ? left - 1 : gutters.back().second - 1)) {
-                leftWords.push_back(static_cast<float>(fragment.words));
-                leftTop = std::min(leftTop, fragment.box.y0);
-                leftBottom = std::max(leftBottom, fragment.box.y1);
-            } else if (fragment.box.x0 >= finish - 1) {
-                rightWords.push_back(static_cast<float>(fragment.words));
-                rightTop = std::min(rightTop, fragment.box.y0);
-                rightBottom = std::max(rightBottom, fragment.box.y1);
+    for (int level = 0; level <= allowed; ++level) {
+        int x = begin;
+        while (x < stop) {
+            if (coverage[static_cast<std::size_t>(x)] > level) {
+                ++x;
+                continue;
             }
+            int end = x;
+            while (end < cells && coverage[static_cast<std::size_t>(end)] <= level)
+                ++end;
+            const float start = left + static_cast<float>(x);
+            const float finish = left + static_cast<float>(end);
+            x = end;
+            if (finish - start < minimumWidth || end >= stop)
+                continue;
+            const bool known = std::any_of(gutters.begin(), gutters.end(), [&](const auto& g) {
+                return g.first < finish && g.second > start;
+            });
+            if (known)
+                continue;
+            // A real gutter has prose on both sides, side by side on the page.
+            float bound = left - 1;
+            for (const auto& g : gutters) {
+                if (g.second <= start)
+                    bound = std::max(bound, g.second - 1);
+            }
+            std::vector<float> leftWords;
+            std::vector<float> rightWords;
+            float leftTop = 1e9f, leftBottom = -1e9f, rightTop = 1e9f, rightBottom = -1e9f;
+            for (const Fragment& fragment : fragments) {
+                if (fragment.box.x1 <= start + 1 && fragment.box.x0 >= bound) {
+                    leftWords.push_back(static_cast<float>(fragment.words));
+                    leftTop = std::min(leftTop, fragment.box.y0);
+                    leftBottom = std::max(leftBottom, fragment.box.y1);
+                } else if (fragment.box.x0 >= finish - 1) {
+                    rightWords.push_back(static_cast<float>(fragment.words));
+                    rightTop = std::min(rightTop, fragment.box.y0);
+                    rightBottom = std::max(rightBottom, fragment.box.y1);
+                }
+            }
+            if (leftWords.size() < 3 || rightWords.size() < 3)
+                continue;
+            if (median(leftWords, 0) < 3 || median(rightWords, 0) < 3)
+                continue;
+            const float overlap = std::min(leftBottom, rightBottom) - std::max(leftTop, rightTop);
+            if (overlap < size * 3)
+                continue;
+            gutters.emplace_back(start, finish);
         }
-        if (leftWords.size() < 3 || rightWords.size() < 3)
-            continue;
-        if (median(leftWords, 0) < 3 || median(rightWords, 0) < 3)
-            continue;
-        const float overlap = std::min(leftBottom, rightBottom) - std::max(leftTop, rightTop);
-        if (overlap < size * 3)
-            continue;
-        gutters.emplace_back(start, finish);
     }
+    std::sort(gutters.begin(), gutters.end());
     return gutters;
 }
 

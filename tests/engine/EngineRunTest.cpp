@@ -99,7 +99,8 @@ TEST_F(EngineRun, WritesRtfWhateverTheTargetsExtensionAndOnlyThen)
         QString name;
     };
     const std::vector<Row> rows{
-        {1, "\\pagebb", "\\posx", "article1.doc"},
+        // The first page ends in its columns, so the next begins with a section on a new page.
+        {1, "\\sect\\sectd\\sbkpage", "\\posx", "article1.doc"},
         {2, "\\posx", "\\pagebb", "article2.doc"},
         // A name of the longest length a folder takes.
         {3, "\\s1\\outlinelevel0", "\\posx", QString(251, u'n') + ".doc"},
