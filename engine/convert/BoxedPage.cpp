@@ -22,7 +22,16 @@ void WriteBoxedPage(RtfWriter& writer, PageJob& job)
         writer.text(number.glyphs, nullptr);
         out += "\\par\n";
     }
+    std::string closing = job.anchored;
     for (const Block& block : layout.blocks) {
+        if (block.kind == BlockKind::Table) {
+            // The table keeps its place as one text box; like other shapes, it closes the page.
+            RtfWriter shape = writer.fresh();
+            WriteTableShape(shape, layout.tables[static_cast<std::size_t>(block.table)],
+                            &job.page.links);
+            closing += shape.out();
+            continue;
+        }
         if (block.kind == BlockKind::Rotated) {
             out += "\\pard\\plain ";
             WriteRotatedShape(writer, block, true);
@@ -62,8 +71,8 @@ void WriteBoxedPage(RtfWriter& writer, PageJob& job)
     }
     // A word processor lets frames that follow a shape's anchor lose their text, so the
     // shapes' paragraph closes the page.
-    if (!job.anchored.empty())
-        out += "\\pard\\plain\\fs2 " + job.anchored + "\\par\n";
+    if (!closing.empty())
+        out += "\\pard\\plain\\fs2 " + closing + "\\par\n";
 }
 
 }  // namespace velmora

@@ -270,8 +270,8 @@ private:
             RtfWriter drawn = writer.fresh();
             for (const Picture& artwork : page.artwork)
                 drawn.pictureShape(artwork);
-            for (const Drawing& drawing : page.drawings)
-                drawn.shape(drawing);
+            for (std::size_t d : layout.drawings)
+                drawn.shape(page.drawings[d]);
             shapes += drawn.out();
         }
         if (!m_headerWritten && !layout.header.empty())

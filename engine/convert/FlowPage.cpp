@@ -70,7 +70,8 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         }
         shapes[anchorOf(blocks, box)] += rtf;
     };
-    for (const Drawing& drawing : job.page.drawings) {
+    for (std::size_t index : layout.drawings) {
+        const Drawing& drawing = job.page.drawings[index];
         RtfWriter shape = writer.fresh();
         const std::size_t at = blocks.empty() ? 0 : anchorOf(blocks, drawing.box);
         const Rect origin = blocks.empty() ? Rect{} : blocks[at].box;
@@ -122,6 +123,21 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             i = last;
             continue;
         }
+        if (block.kind == BlockKind::Table) {
+            // The table under a paragraph as tall as the PDF's gap above it, narrowed to the
+            // text's width if it is wider.
+            const Table& table = layout.tables[static_cast<std::size_t>(block.table)];
+            float gap = 1;
+            if (previous && previous->column == block.column && block.box.y0 > previous->box.y1)
+                gap = std::clamp(block.box.y0 - previous->box.y1, 1.0f, 24.0f);
+            previous = &block;
+            const float scale = std::min(1.0f, width / std::max(table.box.width(), 1.0f));
+            out += "\\sl-" + std::to_string(Twips(gap)) + "\\slmult0\\fs2 " + lead + "\\par\n";
+            const float fonts = TableFontFit(table, scale);
+            WriteTable(writer, table, &job.page.links, 0, scale, fonts);
+            flow.advance(gap + TableHeight(table, scale, fonts), height);
+            continue;
+        }
         if (block.kind == BlockKind::Rotated) {
             out += "\\sl-20\\slmult0\\fs2 " + lead;
             WriteRotatedShape(writer, block, false);
@@ -164,8 +180,8 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         out += lead;
         writer.text(block.text, &job.page.links);
         out += "\\par\n";
-        const int lines = block.tabStops.empty() ? WrappedLines(block.text, width, 1)
-                                                 : static_cast<int>(block.lines.size());
+        const int lines = !block.hasTabs() ? WrappedLines(block.text, width, 1)
+                                           : static_cast<int>(block.lines.size());
         flow.advance(gap + lineHeight * static_cast<float>(lines), height);
     }
     if (blocks.empty() && (pageBreak || !opening.empty())) {

@@ -70,6 +70,26 @@ void WriteTabStops(std::string& out, const Block& block, float origin);
 // Text turned by the PDF as a turned text box shape, on the page or in its paragraph.
 void WriteRotatedShape(RtfWriter& writer, const Block& block, bool onPage);
 
+// A table's rows: its left edge `left` points right of the column's edge, its columns'
+// widths scaled by `widthScale` and its text's sizes by `fontScale`.
+void WriteTable(RtfWriter& writer, const Table& table, const std::vector<Link>* links, float left,
+                float widthScale, float fontScale);
+
+// How tall a table stands in a word processor: each row as high as in the PDF or as its
+// text needs, whichever is more.
+float TableHeight(const Table& table, float widthScale, float fontScale);
+
+// The one factor for all of a table's font sizes that keeps each line of its cells on one
+// line in a word processor's wider font, never below 75 %.
+float TableFontFit(const Table& table, float widthScale);
+
+// Where a table's top stands in the PDF: its top rule, or for a table without rules the top
+// of its first row's text as a word processor sets it.
+float TableTop(const Table& table);
+
+// A table as a text box shape at its place on the page.
+void WriteTableShape(RtfWriter& writer, const Table& table, const std::vector<Link>* links);
+
 // The largest size of the text, in points.
 float LargestSize(const std::vector<Glyph>& glyphs);
 

@@ -47,6 +47,8 @@ void WriteTabStops(std::string& out, const Block& block, float origin)
         if (at > 0)
             out += "\\tx" + std::to_string(at);
     }
+    if (block.leaderStop > 0 && Twips(block.leaderStop - origin) > 0)
+        out += "\\tqr\\tldot\\tx" + std::to_string(Twips(block.leaderStop - origin));
 }
 
 void WriteRotatedShape(RtfWriter& writer, const Block& block, bool onPage)

@@ -12,10 +12,11 @@ namespace {
 struct Placement
 {
     const Block* block = nullptr;
-    int band = -1;           // index into the bands; -1 for the single-column flow
-    bool newColumn = false;  // starts the next column of its band
-    float origin = 0;        // the left edge of its column, page x
-    float rightEdge = 0;     // the right edge of its column, page x
+    const Table* table = nullptr;  // set for a table's block
+    int band = -1;                 // index into the bands; -1 for the single-column flow
+    bool newColumn = false;        // starts the next column of its band
+    float origin = 0;              // the left edge of its column, page x
+    float rightEdge = 0;           // the right edge of its column, page x
     float indent = 0;
     float rightIndent = 0;
     float size = 0;            // largest size of its text
@@ -55,6 +56,15 @@ float layOut(std::vector<Placement>& placements, float top, float gapFactor, flo
         }
         if (p.band >= 0 && p.newColumn)
             cursor = bandTop;
+        if (p.table) {
+            // A table stands under a paragraph as tall as the gap above it.
+            p.scale = p.shrink * fontFactor;
+            p.gap = std::max(0.0f, TableTop(*p.table) - cursor) * gapFactor;
+            p.lineHeight = std::max(p.gap, 1.0f);
+            cursor += p.lineHeight + TableHeight(*p.table, 1, p.scale);
+            bandBottom = std::max(bandBottom, cursor);
+            continue;
+        }
         p.scale = p.shrink * fontFactor;
         const float size = p.size * p.scale;
         const float natural = size * SingleSpacing;
@@ -65,8 +75,8 @@ float layOut(std::vector<Placement>& placements, float top, float gapFactor, flo
         else
             p.lineHeight = std::max(size, natural * pitchFactor);
         const float available = p.rightEdge - p.origin - p.indent - p.rightIndent;
-        p.lines = p.block->tabStops.empty() ? WrappedLines(p.block->text, available, p.scale)
-                                            : static_cast<int>(p.block->lines.size());
+        p.lines = !p.block->hasTabs() ? WrappedLines(p.block->text, available, p.scale)
+                                      : static_cast<int>(p.block->lines.size());
         // The paragraph's first baseline stands a line's height less its descent below its top.
         const float baselineDrop = p.lineHeight - size * DescentShare;
         const float wanted = p.targetBaseline - baselineDrop - cursor;
@@ -201,6 +211,13 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
             p.newColumn = newColumn;
             p.origin = origin;
             p.rightEdge = rightEdge;
+            if (member.kind == BlockKind::Table) {
+                p.table = &layout.tables[static_cast<std::size_t>(member.table)];
+                if (options.shrinkFonts)
+                    p.shrink = TableFontFit(*p.table, 1);
+                placements.push_back(p);
+                return;
+            }
             p.size = std::max(LargestSize(member.text), 1.0f);
             p.pitch = member.lineGap > 0 ? member.lineGap : p.size * SingleSpacing;
             p.targetBaseline = member.lines.empty() ? member.box.y1 : member.lines.front().baseline;
@@ -235,7 +252,7 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
             placements.push_back(p);
         };
         if (columns < 2) {
-            if (lastFlowed && sideBySide(*lastFlowed, block)) {
+            if (lastFlowed && block.kind != BlockKind::Table && sideBySide(*lastFlowed, block)) {
                 float scale = 1;
                 float width = block.box.width() * 1.06f + 3;
                 if (options.shrinkFonts)
@@ -326,6 +343,17 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
         out += "\\pard\\plain";
         if (first && pageBreak)
             out += "\\pagebb";
+        if (p.table) {
+            out += "\\sl-" + std::to_string(Twips(p.lineHeight)) + "\\slmult0\\fs2 ";
+            if (p.newColumn)
+                out += "\\column ";
+            if (first)
+                out += anchored;
+            first = false;
+            out += "\\par\n";
+            WriteTable(writer, *p.table, &job.page.links, p.table->box.x0 - p.origin, 1, p.scale);
+            continue;
+        }
         if (p.gap > 0.5f)
             out += "\\sb" + std::to_string(Twips(p.gap));
         if (std::fabs(p.indent) > 0.5f)

@@ -2,6 +2,7 @@
 
 #include "layout/FontNames.h"
 #include "layout/RunningHeads.h"
+#include "layout/Tables.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,6 +88,14 @@ Fragment makeFragment(std::vector<Glyph> glyphs)
     return fragment;
 }
 
+// Dots that lead the eye from an entry to its page number.
+bool isLeader(const Fragment& fragment)
+{
+    return std::all_of(fragment.glyphs.begin(), fragment.glyphs.end(), [](const Glyph& glyph) {
+        return glyph.c == '.' || glyph.c == 0x2026 || glyph.c == 0xb7 || isSpace(glyph.c);
+    });
+}
+
 bool fragmentIsNumber(const Fragment& fragment, int& value)
 {
     if (fragment.glyphs.empty() || fragment.glyphs.size() > 3)
@@ -122,7 +131,7 @@ bool isBold(const Block& block, const std::vector<FontFace>* fonts)
 Alignment alignmentOf(const Block& block, float left, float right)
 {
     // Tab stops place the parts of a line themselves.
-    if (!block.tabStops.empty())
+    if (block.hasTabs())
         return Alignment::Left;
     const float size = std::max(block.lines.front().size, 1.0f);
     const float tolerance = size * 0.5f;
@@ -265,6 +274,43 @@ void joinJustifiedGaps(std::vector<Line>& lines)
     }
 }
 
+// Dot leaders before a line's closing number ("Introduction . . . . 12") become a tab to a
+// flush-right stop with dot leaders, which keeps the line on one line in any font.
+void markLeader(Line& line)
+{
+    std::vector<Glyph>& glyphs = line.glyphs;
+    std::size_t end = glyphs.size();
+    while (end > 0 && isSpace(glyphs[end - 1].c))
+        --end;
+    std::size_t number = end;
+    while (number > 0 && !isSpace(glyphs[number - 1].c) && glyphs[number - 1].c != '.')
+        --number;
+    if (number == end || end - number > 8)
+        return;
+    std::size_t first = number;
+    int dots = 0;
+    while (first > 0 && (glyphs[first - 1].c == '.' || isSpace(glyphs[first - 1].c))) {
+        dots += glyphs[first - 1].c == '.' ? 1 : 0;
+        --first;
+    }
+    if (dots < 3 || first == 0)
+        return;
+    // Whatever tab stops stood among the dots go with them.
+    const float from = glyphs[first].box.x0;
+    const float to = glyphs[number].box.x0;
+    std::erase_if(line.tabStops,
+                  [&](float stop) { return stop >= from - 0.5f && stop <= to + 0.5f; });
+    Glyph tab = glyphs[first];
+    tab.c = '\t';
+    tab.box.x0 = from;
+    tab.box.x1 = to;
+    tab.link = -1;
+    line.leaderStop = glyphs[end - 1].box.x1;
+    glyphs.erase(glyphs.begin() + static_cast<std::ptrdiff_t>(first),
+                 glyphs.begin() + static_cast<std::ptrdiff_t>(number));
+    glyphs.insert(glyphs.begin() + static_cast<std::ptrdiff_t>(first), tab);
+}
+
 }  // namespace
 
 std::string ToUtf8(const std::vector<Glyph>& glyphs)
@@ -327,8 +373,10 @@ std::vector<Fragment> SplitIntoFragments(const TextLine& line)
             continue;
         if (!isSpace(glyph.c)) {
             // A gap of about a character's height or more is no word space: table cells,
-            // columns and pleading numbers start here.
-            if (lastInk && glyph.box.x0 - lastInk->box.x1 > std::max(glyph.size, lastInk->size)) {
+            // columns and pleading numbers start here. Dot leaders are spaced out on purpose.
+            const bool leader = lastInk && lastInk->c == '.' && glyph.c == '.';
+            if (lastInk && !leader &&
+                glyph.box.x0 - lastInk->box.x1 > std::max(glyph.size, lastInk->size)) {
                 Fragment fragment = makeFragment(std::move(current));
                 if (!fragment.glyphs.empty())
                     fragments.push_back(std::move(fragment));
@@ -527,7 +575,11 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
                   [](const Fragment& a, const Fragment& b) { return a.box.x0 < b.box.x0; });
         Line line;
         for (std::size_t i = 0; i < group.size(); ++i) {
-            if (i > 0) {
+            // Dot leaders lead on from the text before them.
+            if (i > 0 && isLeader(group[i])) {
+                line.glyphs.push_back(
+                    synthetic(group[i].glyphs.front(), ' ', group[i - 1].box.x1, group[i].box.x0));
+            } else if (i > 0) {
                 line.glyphs.push_back(
                     synthetic(group[i].glyphs.front(), '\t', group[i - 1].box.x1, group[i].box.x0));
                 line.tabStops.push_back(group[i].box.x0);
@@ -547,6 +599,8 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
     std::sort(lines.begin(), lines.end(),
               [](const Line& a, const Line& b) { return a.box.y1 < b.box.y1; });
     joinJustifiedGaps(lines);
+    for (Line& line : lines)
+        markLeader(line);
     return lines;
 }
 
@@ -573,6 +627,7 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
         Block block;
         block.text = line.glyphs;
         block.tabStops = line.tabStops;
+        block.leaderStop = line.leaderStop;
         block.lines.push_back(line);
         block.box = line.box;
         blocks.push_back(std::move(block));
@@ -600,7 +655,7 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
                                std::fabs(previous.box.x0 - line.box.x0) > tolerance;
         const bool shaped = (sameCentre || sameRight) &&
                             (block.lines.size() == 1 || block.alignment != Alignment::Left);
-        bool joins = previous.tabStops.empty() && line.tabStops.empty() &&
+        bool joins = !previous.hasTabs() && !line.hasTabs() &&
                      std::fabs(previous.size - line.size) <= size * 0.15f && step > 0 &&
                      step <= pitch * 1.35f + 0.5f && step <= size * 3 &&
                      (shaped || !shortLine || endsWithHyphen);
@@ -658,6 +713,7 @@ struct Region
 {
     std::vector<Fragment> fragments;
     std::vector<int> pictures;
+    std::vector<int> tables;
     int column = 0;
 };
 
@@ -665,6 +721,7 @@ struct Region
 // column by column, separated by whatever crosses a gutter.
 std::vector<Region> cutRegions(std::vector<Fragment> fragments,
                                const std::vector<Picture>& pictures,
+                               const std::vector<Table>& tables,
                                const std::vector<std::pair<float, float>>& gutters)
 {
     std::vector<Region> regions;
@@ -673,6 +730,8 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         all.fragments = std::move(fragments);
         for (std::size_t i = 0; i < pictures.size(); ++i)
             all.pictures.push_back(static_cast<int>(i));
+        for (std::size_t i = 0; i < tables.size(); ++i)
+            all.tables.push_back(static_cast<int>(i));
         regions.push_back(std::move(all));
         return regions;
     }
@@ -681,12 +740,15 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         Rect box;
         int fragment = -1;
         int picture = -1;
+        int table = -1;
     };
     std::vector<Item> items;
     for (std::size_t i = 0; i < fragments.size(); ++i)
-        items.push_back(Item{fragments[i].box, static_cast<int>(i), -1});
+        items.push_back(Item{fragments[i].box, static_cast<int>(i), -1, -1});
     for (std::size_t i = 0; i < pictures.size(); ++i)
-        items.push_back(Item{pictures[i].box, -1, static_cast<int>(i)});
+        items.push_back(Item{pictures[i].box, -1, static_cast<int>(i), -1});
+    for (std::size_t i = 0; i < tables.size(); ++i)
+        items.push_back(Item{tables[i].box, -1, -1, static_cast<int>(i)});
     std::stable_sort(items.begin(), items.end(),
                      [](const Item& a, const Item& b) { return a.box.y0 < b.box.y0; });
 
@@ -696,7 +758,8 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
     spanning.column = -1;
     const auto flushBand = [&]() {
         for (std::size_t c = 0; c < columns; ++c) {
-            if (!band[c].fragments.empty() || !band[c].pictures.empty()) {
+            if (!band[c].fragments.empty() || !band[c].pictures.empty() ||
+                !band[c].tables.empty()) {
                 band[c].column = static_cast<int>(c);
                 regions.push_back(std::move(band[c]));
             }
@@ -704,7 +767,7 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         }
     };
     const auto flushSpanning = [&]() {
-        if (!spanning.fragments.empty() || !spanning.pictures.empty())
+        if (!spanning.fragments.empty() || !spanning.pictures.empty() || !spanning.tables.empty())
             regions.push_back(std::move(spanning));
         spanning = Region{};
         spanning.column = -1;
@@ -729,8 +792,10 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         if (item.fragment >= 0)
             target->fragments.push_back(
                 std::move(fragments[static_cast<std::size_t>(item.fragment)]));
-        else
+        else if (item.picture >= 0)
             target->pictures.push_back(item.picture);
+        else
+            target->tables.push_back(item.table);
     }
     flushBand();
     flushSpanning();
@@ -821,18 +886,55 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         layout.pleadingNumbers = BuildLines(std::move(removed), false);
     }
 
+    // Ruled tables take their text out of the flow; they stand in it as one block each.
+    std::vector<bool> used(page.drawings.size(), false);
+    for (Table& table : FindRuledTables(page.drawings)) {
+        const std::size_t before = fragments.size();
+        FillCells(table, fragments, options.mergeParagraphs);
+        // A grid with no text in it is a drawing, not a table.
+        if (fragments.size() == before)
+            continue;
+        for (std::size_t d : table.drawings)
+            used[d] = true;
+        layout.tables.push_back(std::move(table));
+    }
+
     std::vector<std::pair<float, float>> gutters;
     if (options.documentType == 2)
         gutters = FindGutters(fragments);
     layout.columns = static_cast<int>(gutters.size()) + 1;
 
     std::vector<float> steps;
-    for (Region& region : cutRegions(std::move(fragments), page.pictures, gutters)) {
+    const std::vector<Table> ruled = layout.tables;
+    for (Region& region : cutRegions(std::move(fragments), page.pictures, ruled, gutters)) {
         std::vector<Line> lines = BuildLines(std::move(region.fragments), options.mergeText);
         for (std::size_t i = 1; i < lines.size(); ++i) {
             const float step = lines[i].box.y1 - lines[i - 1].box.y1;
             if (step > 0 && step < lines[i].size * 3)
                 steps.push_back(step / std::max(lines[i].size, 1.0f));
+        }
+        // Lines that line up in columns are an unruled table; the rest are paragraphs.
+        std::vector<Block> tables;
+        std::vector<TableRun> runs = FindUnruledTables(lines, options.mergeParagraphs);
+        for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+            DressTable(run->table, page.drawings, used);
+            for (std::size_t d : run->table.drawings)
+                used[d] = true;
+            Block block;
+            block.kind = BlockKind::Table;
+            block.table = static_cast<int>(layout.tables.size());
+            block.box = run->table.box;
+            tables.push_back(std::move(block));
+            layout.tables.push_back(std::move(run->table));
+            lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(run->first),
+                        lines.begin() + static_cast<std::ptrdiff_t>(run->last) + 1);
+        }
+        for (int index : region.tables) {
+            Block block;
+            block.kind = BlockKind::Table;
+            block.table = index;
+            block.box = layout.tables[static_cast<std::size_t>(index)].box;
+            tables.push_back(std::move(block));
         }
         std::vector<Block> blocks =
             BuildParagraphs(lines, options.mergeParagraphs, layout.bodySize);
@@ -855,10 +957,17 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
             picture.kind = BlockKind::Picture;
             picture.picture = index;
             picture.box = page.pictures[static_cast<std::size_t>(index)].box;
-            const auto at = std::find_if(blocks.begin(), blocks.end(), [&picture](const Block& b) {
-                return b.box.centreY() > picture.box.centreY();
+            tables.push_back(std::move(picture));
+        }
+        // Tables and pictures go where their middle stands among the paragraphs.
+        std::stable_sort(tables.begin(), tables.end(), [](const Block& a, const Block& b) {
+            return a.box.centreY() < b.box.centreY();
+        });
+        for (Block& placed : tables) {
+            const auto at = std::find_if(blocks.begin(), blocks.end(), [&placed](const Block& b) {
+                return b.box.centreY() > placed.box.centreY();
             });
-            blocks.insert(at, std::move(picture));
+            blocks.insert(at, std::move(placed));
         }
         for (Block& block : blocks) {
             block.column = region.column;
@@ -874,6 +983,10 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         layout.blocks.insert(at, std::move(block));
     }
     layout.doubleSpaced = options.documentType == 3 && median(steps, 1.2f) >= 1.7f;
+    for (std::size_t d = 0; d < page.drawings.size(); ++d) {
+        if (!used[d])
+            layout.drawings.push_back(d);
+    }
     return layout;
 }
 

@@ -281,7 +281,8 @@ namespace velmora {
 
 namespace {
 
-// The opening of a shape at `box`; its properties follow.
+// The opening of a shape at `box`; its properties follow. A word processor reads "behind
+// the text" from the fBehindDocument property as well as from \shpfblwtxt.
 std::string shapeStart(const Rect& box, bool behind, const ShapeAnchor& anchor)
 {
     const float dx = anchor.paragraph ? anchor.left : 0;
@@ -312,6 +313,8 @@ void RtfWriter::shape(const Drawing& drawing, const ShapeAnchor& anchor)
     const bool line = drawing.kind == Drawing::Kind::Line;
     m_out += shapeStart(drawing.box, !drawing.inFront, anchor);
     m_out += property("shapeType", line ? 20 : 1);
+    if (!drawing.inFront)
+        m_out += property("fBehindDocument", 1);
     if (line && drawing.rising)
         m_out += property("fFlipV", 1);
     m_out += property("fFilled", drawing.filled && !line ? 1 : 0);
@@ -330,6 +333,8 @@ void RtfWriter::pictureShape(const Picture& picture, bool behind, const ShapeAnc
 {
     m_out += shapeStart(picture.box, behind, anchor);
     m_out += property("shapeType", 75);
+    if (behind)
+        m_out += property("fBehindDocument", 1);
     m_out += property("fLine", 0);
     m_out += "{\\sp{\\sn pib}{\\sv ";
     this->picture(picture, picture.box.width(), picture.box.height());

@@ -58,6 +58,8 @@ public:
     RtfWriter(RtfTables& tables, const std::vector<FontFace>& faces, bool adjustFontNames);
 
     std::string& out() { return m_out; }
+    // The colour table's index of `rgb`.
+    int colour(uint32_t rgb) { return m_tables.colour(rgb); }
     // A writer of the same document with nothing written yet, for pieces put in place later.
     RtfWriter fresh() const { return RtfWriter(m_tables, m_faces, m_adjust); }
 

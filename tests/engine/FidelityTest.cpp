@@ -105,6 +105,14 @@ QString FlatText(const QString& path)
     return xml;
 }
 
+std::size_t Occurrences(const std::string& text, const std::string& piece)
+{
+    std::size_t count = 0;
+    for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1))
+        ++count;
+    return count;
+}
+
 struct Case
 {
     std::string fixture;
@@ -154,12 +162,13 @@ TEST(Fidelity, WordsPicturesLinksAndOrderSurviveAWordProcessor)
         ASSERT_EQ(result.exitCode, 0)
             << c.fixture << " " << c.method << ": " << result.err.toStdString();
         const std::string body = ReadFile(rtf).toStdString();
-        std::size_t pictures = 0;
-        for (std::size_t at = body.find("{\\pict"); at != std::string::npos;
-             at = body.find("{\\pict", at + 1))
-            ++pictures;
-        EXPECT_EQ(pictures, static_cast<std::size_t>(fixture.images))
+        EXPECT_EQ(Occurrences(body, "{\\pict"), static_cast<std::size_t>(fixture.images))
             << c.fixture << " " << c.method;
+        // Columns lined up over six rows are a table of six rows of four cells.
+        if (c.fixture == "table" && c.method != 2) {
+            EXPECT_EQ(Occurrences(body, "\\row"), 6u) << c.method;
+            EXPECT_EQ(Occurrences(body, "\\cellx"), 24u) << c.method;
+        }
         // Frames don't reach LibreOffice's plain-text export, so method 2 is read from its
         // own flat file format.
         (c.method == 2 ? odtFiles : textFiles).push_back(rtf);
@@ -235,16 +244,24 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
             EXPECT_NE(body.find(section), std::string::npos) << method << " " << section;
         printed += rtf;
     }
-    // Drawings are shapes at their place; fonts carry their kind.
-    const QString drawings = convert("drawings", 2);
-    const std::string shapes = ReadFile(drawings).toStdString();
-    EXPECT_NE(shapes.find("{\\sp{\\sn shapeType}{\\sv 20}}"), std::string::npos);
-    EXPECT_NE(shapes.find("{\\sp{\\sn fillColor}{\\sv 8408371}}"), std::string::npos);  // header
-    EXPECT_NE(shapes.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
-    EXPECT_NE(shapes.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
+    // A ruled table is a table in every method, its rules cell borders and its fills cell
+    // shading (the dark header and three grey rows); with text boxes it sits in one box.
+    // Other drawings are shapes at their place; fonts carry their kind.
+    for (int method : {1, 2, 3}) {
+        const std::string rtf = ReadFile(convert("drawings", method)).toStdString();
+        EXPECT_EQ(Occurrences(rtf, "\\row"), 6u) << method;
+        EXPECT_EQ(Occurrences(rtf, "\\cellx"), 24u) << method;
+        EXPECT_EQ(Occurrences(rtf, "\\clcbpat"), 16u) << method;
+        EXPECT_EQ(Occurrences(rtf, "\\clbrdrt\\brdrs"), 24u) << method;
+        EXPECT_NE(rtf.find("\\red51\\green77\\blue128;"), std::string::npos) << method;
+        EXPECT_EQ(rtf.find("{\\shptxt \\trowd") != std::string::npos, method == 2) << method;
+        EXPECT_NE(rtf.find("{\\sp{\\sn shapeType}{\\sv 20}}"), std::string::npos) << method;
+        EXPECT_NE(rtf.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
+        EXPECT_NE(rtf.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
+    }
     const std::string code = ReadFile(convert("footnotes", 3)).toStdString();
     EXPECT_NE(code.find("\\fmodern\\fprq1\\fcharset0 Courier New;"), std::string::npos);
-    printed += drawings;
+    printed += dir.filePath("drawings-2.rtf");
 
     const QString out = dir.filePath("office");
     ASSERT_TRUE(RunOffice(dir.filePath("office-profile"), "pdf", out, printed));
