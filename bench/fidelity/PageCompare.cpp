@@ -140,6 +140,14 @@ bool isSeparator(char32_t c)
            c == 0x3002 || c == 0xfeff || c == 0xb7 || c == 0xab || c == 0xbb;
 }
 
+// Scripts written without blanks break their lines anywhere: each character is a word.
+bool isIdeograph(char32_t c)
+{
+    return (c >= 0x3040 && c <= 0x30ff) || (c >= 0x3400 && c <= 0x9fff) ||
+           (c >= 0xf900 && c <= 0xfaff) || (c >= 0xac00 && c <= 0xd7af) ||
+           (c >= 0x20000 && c <= 0x2ffff);
+}
+
 bool isLetter(char32_t c)
 {
     return (c < 128 && std::isalpha(static_cast<int>(c))) || (c >= 0xc0 && c <= 0x24f);
@@ -152,7 +160,8 @@ bool isLower(char32_t c)
 
 // The words of the lines in order, read alike for every document: a word broken at a line's
 // end by a hyphen is whole again ("corpo-" + "ration"), since one converter hyphenates where
-// another does not; any other mark, a hyphen inside a line too, separates words.
+// another does not; any other mark, a hyphen inside a line too, separates words; each East
+// Asian character is a word of its own.
 std::vector<std::string> Words(const std::vector<std::u32string>& lines)
 {
     std::vector<std::string> words;
@@ -179,6 +188,13 @@ std::vector<std::string> Words(const std::vector<std::u32string>& lines)
         for (char32_t c : line) {
             if (isSeparator(c)) {
                 flush();
+                continue;
+            }
+            if (isIdeograph(c)) {
+                flush();
+                char buffer[8];
+                const int n = fz_runetochar(buffer, static_cast<int>(c));
+                words.emplace_back(buffer, static_cast<std::size_t>(n));
                 continue;
             }
             char buffer[8];

@@ -192,6 +192,8 @@ private:
         layout.rotatedAsShapes = m_options.wordArt;
         layout.bodySize = m_bodySize;
         layout.runningHeads = &m_heads;
+        // Text boxes keep a drawn box as a shape at its place.
+        layout.paragraphBoxes = m_options.conversionMethod == 1 || m_options.conversionMethod == 3;
         return layout;
     }
 

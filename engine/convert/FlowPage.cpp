@@ -7,20 +7,21 @@ namespace velmora {
 
 namespace {
 
-// The block a drawing belongs with: the one whose lines it stands among or under.
+// The block a drawing goes with: the first one beside it, else the first one below it, so a
+// drawing between paragraphs stands in the room kept above the paragraph that follows it.
 std::size_t anchorOf(const std::vector<Block>& blocks, const Rect& box)
 {
-    std::size_t best = 0;
-    float bestDistance = 1e9f;
     for (std::size_t i = 0; i < blocks.size(); ++i) {
-        const Rect& b = blocks[i].box;
-        const float distance = box.y0 >= b.y0 && box.y0 <= b.y1 ? 0 : std::fabs(box.y0 - b.y0);
-        if (distance < bestDistance) {
-            bestDistance = distance;
-            best = i;
-        }
+        if (blocks[i].box.y0 < box.y1 && blocks[i].box.y1 > box.y0)
+            return i;
     }
-    return best;
+    std::size_t below = blocks.size();
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        if (blocks[i].box.y0 >= box.y0 &&
+            (below == blocks.size() || blocks[i].box.y0 < blocks[below].box.y0))
+            below = i;
+    }
+    return below < blocks.size() ? below : blocks.size() - 1;
 }
 
 }  // namespace
@@ -59,41 +60,72 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
     }
     ++flow.sourcePages;
 
-    // Drawings and the page's other shapes go with the paragraph they stand by, placed from
-    // its top, so they follow it wherever the flow takes it.
-    std::vector<std::string> shapes(blocks.size());
-    std::string opening = job.anchored;
-    const auto attach = [&](const Rect& box, const std::string& rtf) {
-        if (blocks.empty()) {
-            opening += rtf;
-            return;
-        }
-        shapes[anchorOf(blocks, box)] += rtf;
+    // Drawings and the page's other shapes go with the paragraph they stand by, so they follow
+    // it wherever the flow takes it; those standing above it keep their room in its gap.
+    struct Shape
+    {
+        Rect box;
+        const Drawing* drawing = nullptr;
+        const Picture* artwork = nullptr;
+        std::size_t anchor = 0;
     };
-    for (std::size_t index : layout.drawings) {
-        const Drawing& drawing = job.page.drawings[index];
-        RtfWriter shape = writer.fresh();
-        const std::size_t at = blocks.empty() ? 0 : anchorOf(blocks, drawing.box);
-        const Rect origin = blocks.empty() ? Rect{} : blocks[at].box;
-        shape.shape(drawing, ShapeAnchor{true, section.left, origin.y0});
-        attach(drawing.box, shape.out());
-    }
-    for (const Picture& artwork : job.page.artwork) {
-        RtfWriter shape = writer.fresh();
-        const std::size_t at = blocks.empty() ? 0 : anchorOf(blocks, artwork.box);
-        const Rect origin = blocks.empty() ? Rect{} : blocks[at].box;
-        shape.pictureShape(artwork, true, ShapeAnchor{true, section.left, origin.y0});
-        attach(artwork.box, shape.out());
+    std::vector<Shape> drawn;
+    for (std::size_t index : layout.drawings)
+        drawn.push_back(Shape{job.page.drawings[index].box, &job.page.drawings[index], nullptr});
+    for (const Picture& artwork : job.page.artwork)
+        drawn.push_back(Shape{artwork.box, nullptr, &artwork});
+    std::vector<float> drawnAbove(blocks.size(), 1e9f);
+    for (Shape& shape : drawn) {
+        if (blocks.empty())
+            break;
+        shape.anchor = anchorOf(blocks, shape.box);
+        if (shape.box.y0 < blocks[shape.anchor].box.y0)
+            drawnAbove[shape.anchor] = std::min(drawnAbove[shape.anchor], shape.box.y0);
     }
 
-    const Block* previous = nullptr;
+    // The PDF's own gap above each block, within reason; a block that starts a column or a
+    // page gets a modest one.
+    std::vector<float> gaps(blocks.size(), 0);
+    for (std::size_t i = 0; i < blocks.size(); ++i) {
+        const Block& block = blocks[i];
+        const Block* previous = i > 0 ? &blocks[i - 1] : nullptr;
+        const float size = std::max(LargestSize(block.text), 1.0f);
+        float gap = previous ? size * 0.3f : 0;
+        if (previous && previous->column == block.column && block.box.y0 >= previous->box.y1)
+            gap = std::min(block.box.y0 - previous->box.y1, size * 2.5f);
+        if (block.kind == BlockKind::Picture)
+            gap = 0;
+        if (block.kind == BlockKind::Table)
+            gap = std::clamp(gap, 1.0f, 24.0f);
+        // Drawings in the top margin stand by the running head, not by the text.
+        const float above = std::max(drawnAbove[i], previous ? previous->box.y1 : section.top);
+        if (above < block.box.y0)
+            gap = std::max(gap, block.box.y0 - above);
+        gaps[i] = gap;
+    }
+
+    // A shape is placed from the top of its paragraph's space above.
+    std::vector<std::string> shapes(blocks.size());
+    std::string opening = job.anchored;
+    for (const Shape& shape : drawn) {
+        RtfWriter rtf = writer.fresh();
+        const float top = blocks.empty() ? 0 : blocks[shape.anchor].box.y0 - gaps[shape.anchor];
+        const ShapeAnchor anchor{true, section.left, top};
+        if (shape.drawing)
+            rtf.shape(*shape.drawing, anchor);
+        else
+            rtf.pictureShape(*shape.artwork, true, anchor);
+        (blocks.empty() ? opening : shapes[shape.anchor]) += rtf.out();
+    }
+
     bool first = true;
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         const Block& block = blocks[i];
+        const float gap = gaps[i];
         out += "\\pard\\plain";
         if (first && pageBreak)
             out += "\\pagebb";
-        std::string lead = first ? opening + shapes[i] : shapes[i];
+        const std::string lead = first ? opening + shapes[i] : shapes[i];
         first = false;
         if (block.kind == BlockKind::Picture) {
             // Pictures side by side in the PDF stay side by side, in one paragraph.
@@ -107,7 +139,12 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             // Each picture after the first stands after a blank.
             const float room = width - static_cast<float>(last - i) * 4;
             const float fit = row > room ? room / row : 1;
-            out += "\\qc " + lead;
+            const float indent = std::clamp(block.box.x0 - section.left, 0.0f, room - row * fit);
+            const float centre = (block.box.x0 + blocks[last].box.x1) / 2;
+            if (std::fabs(centre - (section.left + width / 2)) < 24 || indent < 1)
+                out += "\\qc " + lead;
+            else
+                out += "\\li" + std::to_string(Twips(indent)) + " " + lead;
             float tallest = 0;
             for (std::size_t k = i; k <= last; ++k) {
                 const Picture& picture =
@@ -119,7 +156,6 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             }
             out += "\\par\n";
             flow.advance(tallest + 2, height);
-            previous = &blocks[last];
             i = last;
             continue;
         }
@@ -127,14 +163,12 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             // The table under a paragraph as tall as the PDF's gap above it, narrowed to the
             // text's width if it is wider.
             const Table& table = layout.tables[static_cast<std::size_t>(block.table)];
-            float gap = 1;
-            if (previous && previous->column == block.column && block.box.y0 > previous->box.y1)
-                gap = std::clamp(block.box.y0 - previous->box.y1, 1.0f, 24.0f);
-            previous = &block;
             const float scale = std::min(1.0f, width / std::max(table.box.width(), 1.0f));
             out += "\\sl-" + std::to_string(Twips(gap)) + "\\slmult0\\fs2 " + lead + "\\par\n";
             const float fonts = TableFontFit(table, scale);
-            WriteTable(writer, table, &job.page.links, 0, scale, fonts);
+            const float left =
+                std::clamp(table.box.x0 - section.left, 0.0f, width - table.box.width() * scale);
+            WriteTable(writer, table, &job.page.links, left, scale, fonts);
             flow.advance(gap + TableHeight(table, scale, fonts), height);
             continue;
         }
@@ -145,15 +179,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             flow.advance(1, height);
             continue;
         }
-        // The PDF's own gap above the paragraph, within reason; a paragraph that starts a
-        // column or a page gets a modest one.
         const float size = std::max(LargestSize(block.text), 1.0f);
-        float gap = size * 0.3f;
-        if (previous && previous->column == block.column && block.box.y0 >= previous->box.y1)
-            gap = std::min(block.box.y0 - previous->box.y1, size * 2.5f);
-        if (previous == nullptr)
-            gap = 0;
-        previous = &block;
         switch (block.kind) {
         case BlockKind::Heading1:
             out += "\\s1\\outlinelevel0\\keepn";
@@ -165,8 +191,26 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             WriteAlignment(out, block);
             break;
         }
+        const float boxRoom = WriteParagraphBox(out, block, writer);
         if (gap > 0.5f)
             out += "\\sb" + std::to_string(Twips(gap));
+        // On a page of one column a block keeps its indent, and one of several lines its
+        // width; in columns the text runs across the page.
+        float available = width;
+        const bool placed =
+            block.alignment == Alignment::Left || block.alignment == Alignment::Justify;
+        if (layout.columns == 1 && placed && block.kind == BlockKind::Paragraph) {
+            const float indent = block.box.x0 - section.left;
+            if (indent > size * 0.5f && indent < width * 0.8f) {
+                out += "\\li" + std::to_string(Twips(indent));
+                available -= indent;
+            }
+            const float right = section.width - section.right - block.box.x1 - size * 0.5f;
+            if (block.lines.size() > 1 && right > size) {
+                out += "\\ri" + std::to_string(Twips(right));
+                available -= right;
+            }
+        }
         float lineHeight = size * SingleSpacing;
         if (layout.doubleSpaced) {
             out += "\\sl480\\slmult1";
@@ -180,9 +224,9 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         out += lead;
         writer.text(block.text, &job.page.links);
         out += "\\par\n";
-        const int lines = !block.hasTabs() ? WrappedLines(block.text, width, 1)
+        const int lines = !block.hasTabs() ? WrappedLines(block.text, available, 1)
                                            : static_cast<int>(block.lines.size());
-        flow.advance(gap + lineHeight * static_cast<float>(lines), height);
+        flow.advance(gap + lineHeight * static_cast<float>(lines) + 2 * boxRoom, height);
     }
     if (blocks.empty() && (pageBreak || !opening.empty())) {
         out += pageBreak ? "\\pard\\plain\\pagebb\\sl-20\\slmult0\\fs2 "

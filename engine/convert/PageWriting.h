@@ -67,6 +67,10 @@ void WriteBoxedPage(RtfWriter& writer, PageJob& job);
 // Paragraph formatting the methods share.
 void WriteAlignment(std::string& out, const Block& block);
 void WriteTabStops(std::string& out, const Block& block, float origin);
+// A drawn box around the paragraph as its border and shading; returns the room it adds
+// above the text, and as much again below.
+float WriteParagraphBox(std::string& out, const Block& block, RtfWriter& writer);
+
 // Text turned by the PDF as a turned text box shape, on the page or in its paragraph.
 void WriteRotatedShape(RtfWriter& writer, const Block& block, bool onPage);
 

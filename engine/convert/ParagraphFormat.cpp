@@ -51,6 +51,23 @@ void WriteTabStops(std::string& out, const Block& block, float origin)
         out += "\\tqr\\tldot\\tx" + std::to_string(Twips(block.leaderStop - origin));
 }
 
+float WriteParagraphBox(std::string& out, const Block& block, RtfWriter& writer)
+{
+    if (block.border.width <= 0 && !block.shaded)
+        return 0;
+    // A fill without an outline gets an outline of its own colour, so that the room around
+    // the text is shaded too.
+    const float width = block.border.width > 0 ? block.border.width : 0.5f;
+    const uint32_t colour = block.border.width > 0 ? block.border.colour : block.shading;
+    out += "\\box\\brdrs\\brdrw" + std::to_string(std::clamp(Twips(width), 2L, 75L)) + "\\brsp" +
+           std::to_string(Twips(block.padding));
+    if (colour != 0)
+        out += "\\brdrcf" + std::to_string(writer.colour(colour));
+    if (block.shaded)
+        out += "\\cbpat" + std::to_string(writer.colour(block.shading));
+    return block.padding + width;
+}
+
 void WriteRotatedShape(RtfWriter& writer, const Block& block, bool onPage)
 {
     std::string& out = writer.out();

@@ -23,6 +23,7 @@ struct Placement
     float pitch = 0;           // line pitch it asks for
     float targetBaseline = 0;  // where its first baseline stands in the PDF
     float shrink = 1;          // font scale that lets its lines fit their width
+    float boxRoom = 0;         // room a drawn box around it adds above and below its text
     // Set by the fitting.
     float gap = 0;
     float lineHeight = 0;
@@ -78,10 +79,10 @@ float layOut(std::vector<Placement>& placements, float top, float gapFactor, flo
         p.lines = !p.block->hasTabs() ? WrappedLines(p.block->text, available, p.scale)
                                       : static_cast<int>(p.block->lines.size());
         // The paragraph's first baseline stands a line's height less its descent below its top.
-        const float baselineDrop = p.lineHeight - size * DescentShare;
+        const float baselineDrop = p.lineHeight - size * DescentShare + p.boxRoom;
         const float wanted = p.targetBaseline - baselineDrop - cursor;
         p.gap = std::max(0.0f, wanted) * gapFactor;
-        cursor += p.gap + p.lineHeight * static_cast<float>(p.lines);
+        cursor += p.gap + p.lineHeight * static_cast<float>(p.lines) + 2 * p.boxRoom;
         bandBottom = std::max(bandBottom, cursor);
     }
     return band >= 0 ? std::max(cursor, bandBottom) : cursor;
@@ -221,6 +222,8 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
             p.size = std::max(LargestSize(member.text), 1.0f);
             p.pitch = member.lineGap > 0 ? member.lineGap : p.size * SingleSpacing;
             p.targetBaseline = member.lines.empty() ? member.box.y1 : member.lines.front().baseline;
+            if (member.border.width > 0 || member.shaded)
+                p.boxRoom = member.padding + std::max(member.border.width, 0.5f);
             if (options.preserveTextPosition) {
                 // Lines wrap a little later than in the PDF rather than earlier.
                 const float slack = member.box.width() * 0.015f + 1;
@@ -361,6 +364,7 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
         if (std::fabs(p.rightIndent) > 0.5f)
             out += "\\ri" + std::to_string(Twips(p.rightIndent));
         WriteAlignment(out, block);
+        WriteParagraphBox(out, block, writer);
         if (exactSpacing)
             out += "\\sl-" + std::to_string(Twips(p.lineHeight)) + "\\slmult0";
         // Stops are measured from where the paragraph's indent also starts.

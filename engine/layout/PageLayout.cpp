@@ -1,5 +1,6 @@
 #include "layout/PageLayout.h"
 
+#include "layout/Decorations.h"
 #include "layout/FontNames.h"
 #include "layout/RunningHeads.h"
 #include "layout/Tables.h"
@@ -899,6 +900,8 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         layout.tables.push_back(std::move(table));
     }
 
+    DecorateRuns(fragments, page.drawings, used);
+
     std::vector<std::pair<float, float>> gutters;
     if (options.documentType == 2)
         gutters = FindGutters(fragments);
@@ -983,6 +986,8 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         layout.blocks.insert(at, std::move(block));
     }
     layout.doubleSpaced = options.documentType == 3 && median(steps, 1.2f) >= 1.7f;
+    if (options.paragraphBoxes)
+        BoxParagraphs(layout.blocks, page.drawings, used);
     for (std::size_t d = 0; d < page.drawings.size(); ++d) {
         if (!used[d])
             layout.drawings.push_back(d);

@@ -20,6 +20,7 @@ struct LayoutOptions final
     bool rotatedAsShapes = false;                // rotated text kept apart as its own block
     float bodySize = 0;                          // the document's body text size; 0: the page's own
     const RunningHeads* runningHeads = nullptr;  // lines to move to the header and footer
+    bool paragraphBoxes = true;  // a box drawn around paragraphs becomes their border
 };
 
 // A run of glyphs on one baseline with no wide gap inside.
@@ -47,6 +48,13 @@ struct Line final
     bool hasTabs() const { return !tabStops.empty() || leaderStop > 0; }
 };
 
+// One side of a cell: a rule of `width` points, none when 0.
+struct CellBorder final
+{
+    float width = 0;
+    uint32_t colour = 0;
+};
+
 enum class BlockKind { Paragraph, Heading1, Heading2, Picture, Rotated, Table };
 
 enum class Alignment { Left, Centre, Right, Justify };
@@ -68,15 +76,14 @@ struct Block final
     float angle = 0;    // degrees, counter-clockwise, for rotated text
     int column = 0;     // region of the page it came from, for exact placement
     Alignment alignment = Alignment::Left;
+    // A drawn box around the paragraph: its border, `padding` points from the text, and
+    // the fill inside it.
+    CellBorder border;
+    float padding = 0;
+    bool shaded = false;
+    uint32_t shading = 0;
 
     bool hasTabs() const { return !tabStops.empty() || leaderStop > 0; }
-};
-
-// One side of a cell: a rule of `width` points, none when 0.
-struct CellBorder final
-{
-    float width = 0;
-    uint32_t colour = 0;
 };
 
 struct TableCell final

@@ -468,8 +468,6 @@ std::vector<TableRun> FindUnruledTables(const std::vector<Line>& lines, bool mer
             }
             end = k;
         }
-        while (end > i && lines[end].tabStops.empty())
-            --end;
         std::vector<std::vector<Line>> parts;
         int rowsOfSeveral = 0;
         for (std::size_t k = i; k <= end; ++k) {
@@ -477,6 +475,16 @@ std::vector<TableRun> FindUnruledTables(const std::vector<Line>& lines, bool mer
             rowsOfSeveral += parts.back().size() >= 2 ? 1 : 0;
         }
         const std::vector<float> edges = columnEdges(parts);
+        // Lines of one part after the last row belong to it only as a wrapped cell beyond the
+        // first column; one in the first column starts the text after the table.
+        std::size_t lastRow = end;
+        while (lastRow > i && lines[lastRow].tabStops.empty())
+            --lastRow;
+        std::size_t kept = lastRow;
+        while (kept < end && edges.size() >= 3 && columnAt(edges, lines[kept + 1].box.x0) > 0)
+            ++kept;
+        end = kept;
+        parts.resize(end - i + 1);
         const std::size_t count = end - i + 1;
         // Bullets or numbers before their items are a list, not a table.
         bool list = edges.size() == 3;

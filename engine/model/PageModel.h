@@ -62,6 +62,11 @@ struct Glyph final
     int font = 0;         // index into the document's font list
     uint32_t colour = 0;  // 0xRRGGBB
     int link = -1;        // index into the page's links, -1 when not part of a link
+    // What drawings do to it: a line under or through it, a fill behind it.
+    bool underline = false;
+    bool strike = false;
+    bool highlighted = false;
+    uint32_t highlight = 0;  // 0xRRGGBB
 };
 
 // A run of glyphs along one baseline, as MuPDF found it.

@@ -192,7 +192,9 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
         while (end < glyphs.size()) {
             const Glyph& g = glyphs[end];
             if (g.font != first.font || std::fabs(g.size - first.size) > 0.01f ||
-                g.colour != first.colour || g.link != first.link)
+                g.colour != first.colour || g.link != first.link ||
+                g.underline != first.underline || g.strike != first.strike ||
+                g.highlighted != first.highlighted || g.highlight != first.highlight)
                 break;
             if (charset == 0)
                 charset = CharsetFor(g.c);
@@ -228,8 +230,12 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
             m_out += "\\b";
         if (style.italic)
             m_out += "\\i";
-        if (link >= 0)
+        if (link >= 0 || first.underline)
             m_out += "\\ul";
+        if (first.strike)
+            m_out += "\\strike";
+        if (first.highlighted)
+            m_out += "\\chcbpat" + std::to_string(m_tables.colour(first.highlight));
         if (first.colour != 0)
             m_out += "\\cf" + std::to_string(m_tables.colour(first.colour));
         m_out.push_back(' ');

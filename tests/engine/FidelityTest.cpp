@@ -256,6 +256,9 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
         EXPECT_NE(rtf.find("\\red51\\green77\\blue128;"), std::string::npos) << method;
         EXPECT_EQ(rtf.find("{\\shptxt \\trowd") != std::string::npos, method == 2) << method;
         EXPECT_NE(rtf.find("{\\sp{\\sn shapeType}{\\sv 20}}"), std::string::npos) << method;
+        // A drawn underline is the run's underline; a drawn box the paragraph's border.
+        EXPECT_NE(rtf.find("\\ul "), std::string::npos) << method;
+        EXPECT_EQ(rtf.find("\\box\\brdrs") != std::string::npos, method != 2) << method;
         EXPECT_NE(rtf.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
         EXPECT_NE(rtf.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
     }
