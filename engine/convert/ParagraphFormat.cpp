@@ -25,6 +25,8 @@ float nominalWidth(const std::vector<Glyph>& glyphs)
 
 void WriteAlignment(std::string& out, const Block& block)
 {
+    if (block.rightToLeft)
+        out += "\\rtlpar";
     switch (block.alignment) {
     case Alignment::Centre:
         out += "\\qc";

@@ -1,5 +1,6 @@
 #include "layout/PageLayout.h"
 
+#include "layout/Bidi.h"
 #include "layout/Decorations.h"
 #include "layout/FontNames.h"
 #include "layout/RunningHeads.h"
@@ -206,13 +207,31 @@ bool startsItem(const Line& line)
 
 float firstWordWidth(const Line& line)
 {
-    float end = line.box.x0;
+    float width = 0;
     for (const Glyph& glyph : line.glyphs) {
         if (isSpace(glyph.c))
             break;
-        end = glyph.box.x1;
+        width += glyph.box.width();
     }
-    return end - line.box.x0;
+    return width;
+}
+
+// A right-to-left line seen in a mirror, so that it starts on the left like any other; twice
+// mirrored is itself again.
+Rect mirrored(const Rect& box)
+{
+    return Rect{-box.x1, box.y0, -box.x0, box.y1};
+}
+
+Line mirrored(Line line)
+{
+    line.box = mirrored(line.box);
+    for (Glyph& glyph : line.glyphs)
+        glyph.box = mirrored(glyph.box);
+    for (float& stop : line.tabStops)
+        stop = -stop;
+    line.leaderStop = -line.leaderStop;
+    return line;
 }
 
 // The gaps between the words of a line, blank to blank, leaving out its tabs.
@@ -600,8 +619,10 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
     std::sort(lines.begin(), lines.end(),
               [](const Line& a, const Line& b) { return a.box.y1 < b.box.y1; });
     joinJustifiedGaps(lines);
-    for (Line& line : lines)
+    for (Line& line : lines) {
         markLeader(line);
+        line.rightToLeft = ToReadingOrder(line.glyphs);
+    }
     return lines;
 }
 
@@ -611,11 +632,11 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
     if (lines.empty())
         return blocks;
     std::vector<float> steps;
-    float left = lines.front().box.x0;
-    float right = lines.front().box.x1;
+    float regionLeft = lines.front().box.x0;
+    float regionRight = lines.front().box.x1;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        left = std::min(left, lines[i].box.x0);
-        right = std::max(right, lines[i].box.x1);
+        regionLeft = std::min(regionLeft, lines[i].box.x0);
+        regionRight = std::max(regionRight, lines[i].box.x1);
         if (i > 0) {
             const float step = lines[i].box.y1 - lines[i - 1].box.y1;
             if (step > 0 && step < lines[i].size * 3)
@@ -631,11 +652,15 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
         block.leaderStop = line.leaderStop;
         block.lines.push_back(line);
         block.box = line.box;
+        block.rightToLeft = line.rightToLeft;
         blocks.push_back(std::move(block));
     };
 
-    for (const Line& line : lines) {
-        if (blocks.empty() || !merge) {
+    // Right-to-left lines are joined as their mirror images, which start on the left.
+    for (const Line& original : lines) {
+        const Line line = original.rightToLeft ? mirrored(original) : original;
+        const float right = original.rightToLeft ? -regionLeft : regionRight;
+        if (blocks.empty() || !merge || blocks.back().rightToLeft != line.rightToLeft) {
             startBlock(line);
             continue;
         }
@@ -696,7 +721,23 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
             block.lineGap = (block.lines.back().box.y1 - block.lines.front().box.y1) /
                             static_cast<float>(block.lines.size() - 1);
         }
-        block.alignment = alignmentOf(block, left, right);
+        if (block.rightToLeft) {
+            // Aligned to the start of a right-to-left line is aligned right.
+            const Alignment seen = alignmentOf(block, -regionRight, -regionLeft);
+            block.alignment = seen == Alignment::Left    ? Alignment::Right
+                              : seen == Alignment::Right ? Alignment::Left
+                                                         : seen;
+            block.box = mirrored(block.box);
+            for (Line& line : block.lines)
+                line = mirrored(std::move(line));
+            for (Glyph& glyph : block.text)
+                glyph.box = mirrored(glyph.box);
+            for (float& stop : block.tabStops)
+                stop = -stop;
+            block.leaderStop = -block.leaderStop;
+        } else {
+            block.alignment = alignmentOf(block, regionLeft, regionRight);
+        }
         const int words = countWords(block.text);
         if (bodySize > 0 && block.lines.size() <= 3 && words <= 20 && words > 0) {
             if (block.size >= bodySize * 1.35f)

@@ -43,7 +43,8 @@ struct Line final
     float leaderStop = 0;
     Rect box;
     float size = 0;
-    float baseline = 0;  // where most of its glyphs stand
+    float baseline = 0;        // where most of its glyphs stand
+    bool rightToLeft = false;  // its glyphs are in reading order, right to left on the page
 
     bool hasTabs() const { return !tabStops.empty() || leaderStop > 0; }
 };
@@ -76,6 +77,7 @@ struct Block final
     float angle = 0;    // degrees, counter-clockwise, for rotated text
     int column = 0;     // region of the page it came from, for exact placement
     Alignment alignment = Alignment::Left;
+    bool rightToLeft = false;
     // A drawn box around the paragraph: its border, `padding` points from the text, and
     // the fill inside it.
     CellBorder border;

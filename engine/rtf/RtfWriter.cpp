@@ -1,5 +1,7 @@
 #include "rtf/RtfWriter.h"
 
+#include "layout/Bidi.h"
+
 #include <cmath>
 #include <cstdio>
 
@@ -189,8 +191,14 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
         // A run: same face, size and colour; a tab or blank carries on the run before it.
         std::size_t end = i + 1;
         int charset = CharsetFor(first.c);
+        bool rightToLeft = IsRightToLeft(first.c);
         while (end < glyphs.size()) {
             const Glyph& g = glyphs[end];
+            // Right-to-left words are runs of their own, marked as such.
+            const bool latin = (g.c >= 'A' && g.c <= 'Z') || (g.c >= 'a' && g.c <= 'z');
+            if ((IsRightToLeft(g.c) && !rightToLeft && end > i) || (latin && rightToLeft))
+                break;
+            rightToLeft = rightToLeft || IsRightToLeft(g.c);
             if (g.font != first.font || std::fabs(g.size - first.size) > 0.01f ||
                 g.colour != first.colour || g.link != first.link ||
                 g.underline != first.underline || g.strike != first.strike ||
@@ -225,7 +233,11 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
             style = FontStyle{"Times New Roman", false, false, FontKind::Roman};
         const int fontIndex = m_tables.font(style, charset);
         const long halfPoints = std::max(2L, std::lround(first.size * sizeScale * 2));
-        m_out += "{\\f" + std::to_string(fontIndex) + "\\fs" + std::to_string(halfPoints);
+        m_out += "{";
+        if (rightToLeft)
+            m_out +=
+                "\\rtlch\\af" + std::to_string(fontIndex) + "\\afs" + std::to_string(halfPoints);
+        m_out += "\\f" + std::to_string(fontIndex) + "\\fs" + std::to_string(halfPoints);
         if (style.bold)
             m_out += "\\b";
         if (style.italic)

@@ -266,8 +266,19 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
     EXPECT_NE(code.find("\\fmodern\\fprq1\\fcharset0 Courier New;"), std::string::npos);
     printed += dir.filePath("drawings-2.rtf");
 
+    // Hebrew, stored left to right on the page, reads from right to left in the word processor.
+    const QStringList hebrew{convert("hebrew", 1), convert("hebrew", 3)};
+    for (const QString& rtf : hebrew)
+        EXPECT_NE(ReadFile(rtf).toStdString().find("\\rtlpar\\qr"), std::string::npos);
+
     const QString out = dir.filePath("office");
     ASSERT_TRUE(RunOffice(dir.filePath("office-profile"), "pdf", out, printed));
+    ASSERT_TRUE(RunOffice(dir.filePath("office-profile"), "txt:Text (encoded):UTF8", out, hebrew));
+    for (int method : {1, 3}) {
+        const QString text =
+            QString::fromUtf8(ReadFile(QString("%1/hebrew-%2.txt").arg(out).arg(method)));
+        EXPECT_TRUE(text.contains(QString::fromUtf8("שלום עולם וברוכים הבאים"))) << method;
+    }
     struct Size
     {
         float width;
