@@ -276,6 +276,10 @@ private:
                 drawn.shape(page.drawings[d]);
             shapes += drawn.out();
         }
+        if (firstPage) {
+            m_firstHasHeader = !layout.header.empty();
+            m_firstHasFooter = !layout.footer.empty();
+        }
         if (!m_headerWritten && !layout.header.empty())
             m_header = runningText(layout.header, page, index, true);
         if (!m_footerWritten && !layout.footer.empty())
@@ -407,7 +411,21 @@ private:
                 std::to_string(Twips(m_section.bottom));
         head += "\\viewkind1\n\\sectd" + sectionFormat();
         m_section = current;
+        // A first page without the running head or foot (a title page) has its own.
+        const bool titlePage =
+            (!m_header.empty() && !m_firstHasHeader) || (!m_footer.empty() && !m_firstHasFooter);
+        if (titlePage)
+            head += "\\titlepg";
         head += "\n" + m_header + m_footer;
+        if (titlePage) {
+            const auto firstPage = [](const std::string& running, bool shown, const char* group) {
+                if (!shown || running.empty())
+                    return std::string("{\\") + group + " \\pard\\plain\\par}\n";
+                return std::string("{\\") + group + running.substr(running.find(' '));
+            };
+            head += firstPage(m_header, m_firstHasHeader, "headerf");
+            head += firstPage(m_footer, m_firstHasFooter, "footerf");
+        }
         return head;
     }
 
@@ -426,6 +444,8 @@ private:
     bool m_anything = false;
     bool m_headerWritten = false;
     bool m_footerWritten = false;
+    bool m_firstHasHeader = false;
+    bool m_firstHasFooter = false;
     Extents m_extents;
     FlowPosition m_flow;
     bool m_columnsOpen = false;

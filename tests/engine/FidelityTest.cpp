@@ -242,6 +242,10 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
              {"\\pgwsxn12240\\pghsxn15840", "\\pgwsxn11900\\pghsxn16840",
               "\\pgwsxn16840\\pghsxn11900\\lndscpsxn", "\\pgwsxn8400\\pghsxn11900"})
             EXPECT_NE(body.find(section), std::string::npos) << method << " " << section;
+        // The report's line at every foot is its running foot; titles that differ by a word
+        // are no running head.
+        EXPECT_NE(body.find("{\\footer"), std::string::npos) << method;
+        EXPECT_EQ(body.find("{\\header"), std::string::npos) << method;
         printed += rtf;
     }
     // A ruled table is a table in every method, its rules cell borders and its fills cell
