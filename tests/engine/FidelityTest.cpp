@@ -266,6 +266,10 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
         EXPECT_NE(rtf.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
         EXPECT_NE(rtf.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
     }
+    // Pictures keep their transparency (the round fade, the turned one's corners, the ring).
+    const std::string transformed = ReadFile(convert("transforms", 1)).toStdString();
+    EXPECT_EQ(Occurrences(transformed, "{\\pict"), 6u);
+    EXPECT_EQ(Occurrences(transformed, "\\pngblip"), 3u);
     const std::string code = ReadFile(convert("footnotes", 3)).toStdString();
     EXPECT_NE(code.find("\\fmodern\\fprq1\\fcharset0 Courier New;"), std::string::npos);
     printed += dir.filePath("drawings-2.rtf");
