@@ -251,6 +251,17 @@ private:
         const float pageArea = page.width * page.height;
         std::vector<bool> background(page.pictures.size(), false);
         std::string shapes;
+        // A scan with its recognised text drawn invisibly over it: the text is the page's text,
+        // and the scan stands in front of it, so its words show once.
+        std::size_t glyphs = 0;
+        std::size_t hidden = 0;
+        for (const TextLine& line : page.lines) {
+            for (const Glyph& glyph : line.glyphs) {
+                ++glyphs;
+                hidden += glyph.hidden ? 1 : 0;
+            }
+        }
+        const bool scanned = glyphs > 0 && hidden * 10 >= glyphs * 8;
         for (std::size_t i = 0; i < page.pictures.size(); ++i) {
             Rect shown = page.pictures[i].box;
             shown.x0 = std::max(shown.x0, 0.0f);
@@ -260,7 +271,7 @@ private:
             background[i] = !shown.empty() && shown.width() * shown.height() >= pageArea * 0.5f;
             if (background[i]) {
                 RtfWriter pictures = writer.fresh();
-                pictures.pictureShape(page.pictures[i]);
+                pictures.pictureShape(page.pictures[i], !scanned);
                 shapes += pictures.out();
             }
         }

@@ -331,6 +331,48 @@ void markLeader(Line& line)
     glyphs.insert(glyphs.begin() + static_cast<std::ptrdiff_t>(first), tab);
 }
 
+// Letter-spaced words ("L E T T E R"): runs of single letters standing an even gap apart
+// are one word again, the gap kept as letter spacing; a wider gap between them is a blank.
+void joinLetterSpacing(Line& line)
+{
+    std::vector<Glyph>& glyphs = line.glyphs;
+    const auto single = [&glyphs](std::size_t i) {
+        return !isSpace(glyphs[i].c) && (i == 0 || isSpace(glyphs[i - 1].c)) &&
+               (i + 1 == glyphs.size() || isSpace(glyphs[i + 1].c));
+    };
+    std::size_t i = 0;
+    while (i < glyphs.size()) {
+        if (!single(i)) {
+            ++i;
+            continue;
+        }
+        // Single letters, each after one blank.
+        std::vector<std::size_t> letters{i};
+        std::size_t k = i + 2;
+        while (k < glyphs.size() && isSpace(glyphs[k - 1].c) && glyphs[k - 1].c != '\t' &&
+               single(k)) {
+            letters.push_back(k);
+            k += 2;
+        }
+        if (letters.size() < 3) {
+            i = k;
+            continue;
+        }
+        std::vector<float> gaps;
+        for (std::size_t n = 1; n < letters.size(); ++n)
+            gaps.push_back(glyphs[letters[n]].box.x0 - glyphs[letters[n - 1]].box.x1);
+        const float even = median(gaps, 0);
+        // Remove the blanks between evenly spaced letters, last first.
+        for (std::size_t n = letters.size() - 1; n >= 1; --n) {
+            if (gaps[n - 1] <= even * 1.5f + 0.5f) {
+                glyphs[letters[n - 1]].spacing = gaps[n - 1];
+                glyphs.erase(glyphs.begin() + static_cast<std::ptrdiff_t>(letters[n]) - 1);
+            }
+        }
+        i = letters.front() + 1;
+    }
+}
+
 }  // namespace
 
 std::string ToUtf8(const std::vector<Glyph>& glyphs)
@@ -595,8 +637,13 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
                   [](const Fragment& a, const Fragment& b) { return a.box.x0 < b.box.x0; });
         Line line;
         for (std::size_t i = 0; i < group.size(); ++i) {
-            // Dot leaders lead on from the text before them.
-            if (i > 0 && isLeader(group[i])) {
+            // Dot leaders lead on from the text before them; runs that touch (a raised mark
+            // after its word) or stand a word space apart are one text.
+            const float gap = i > 0 ? group[i].box.x0 - group[i - 1].box.x1 : 0;
+            const float size = i > 0 ? std::max(group[i].size, group[i - 1].size) : 0;
+            if (i > 0 && gap < size * 0.15f && gap > -size) {
+                // nothing between them
+            } else if (i > 0 && (isLeader(group[i]) || gap < size * 0.6f)) {
                 line.glyphs.push_back(
                     synthetic(group[i].glyphs.front(), ' ', group[i - 1].box.x1, group[i].box.x0));
             } else if (i > 0) {
@@ -614,6 +661,14 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
                 baselines.push_back(glyph.baseline);
         }
         line.baseline = median(std::move(baselines), line.box.y1);
+        // Smaller glyphs raised or lowered from the line (footnote marks, formulas) keep their
+        // shift; turned text, whose every glyph stands on another baseline, keeps none.
+        for (Glyph& glyph : line.glyphs) {
+            const float rise = line.baseline - glyph.baseline;
+            if (!isSpace(glyph.c) && std::fabs(rise) > line.size * 0.15f &&
+                glyph.size < line.size * 0.9f)
+                glyph.rise = rise;
+        }
         lines.push_back(std::move(line));
     }
     std::sort(lines.begin(), lines.end(),
@@ -621,6 +676,7 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
     joinJustifiedGaps(lines);
     for (Line& line : lines) {
         markLeader(line);
+        joinLetterSpacing(line);
         line.rightToLeft = ToReadingOrder(line.glyphs);
     }
     return lines;

@@ -67,6 +67,9 @@ struct Glyph final
     bool strike = false;
     bool highlighted = false;
     uint32_t highlight = 0;  // 0xRRGGBB
+    float rise = 0;          // points above its line's baseline: superscripts, subscripts below
+    float spacing = 0;       // points of letter spacing after it
+    bool hidden = false;     // drawn invisibly, as a scan's text layer is
 };
 
 // A run of glyphs along one baseline, as MuPDF found it.
@@ -127,6 +130,8 @@ struct PageContent final
     // The page's other vector graphics (curves, polygons, shadings, or a drawing too dense to
     // keep as shapes) as one transparent picture, laid behind the text.
     std::vector<Picture> artwork;
+    // Where text is drawn invisibly: a scanned page's recognised text, laid over the scan.
+    std::vector<Rect> hiddenText;
 };
 
 }  // namespace velmora

@@ -387,6 +387,14 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                 content.lines.push_back(std::move(out));
         }
     }
+    for (TextLine& line : content.lines) {
+        for (Glyph& glyph : line.glyphs) {
+            glyph.hidden = std::any_of(
+                content.hiddenText.begin(), content.hiddenText.end(), [&glyph](const Rect& box) {
+                    return box.contains(glyph.box.centreX(), glyph.box.centreY());
+                });
+        }
+    }
     // Each glyph learns the web link it lies in, so the writer can wrap it in a field.
     if (!content.links.empty()) {
         for (TextLine& line : content.lines) {

@@ -202,7 +202,9 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
             if (g.font != first.font || std::fabs(g.size - first.size) > 0.01f ||
                 g.colour != first.colour || g.link != first.link ||
                 g.underline != first.underline || g.strike != first.strike ||
-                g.highlighted != first.highlighted || g.highlight != first.highlight)
+                g.highlighted != first.highlighted || g.highlight != first.highlight ||
+                std::fabs(g.rise - first.rise) > 0.01f ||
+                std::fabs(g.spacing - first.spacing) > 0.01f)
                 break;
             if (charset == 0)
                 charset = CharsetFor(g.c);
@@ -246,6 +248,12 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
             m_out += "\\ul";
         if (first.strike)
             m_out += "\\strike";
+        if (first.rise > 0)
+            m_out += "\\up" + std::to_string(std::lround(first.rise * 2));
+        else if (first.rise < 0)
+            m_out += "\\dn" + std::to_string(std::lround(-first.rise * 2));
+        if (first.spacing > 0)
+            m_out += "\\expndtw" + std::to_string(Twips(first.spacing));
         if (first.highlighted)
             m_out += "\\chcbpat" + std::to_string(m_tables.colour(first.highlight));
         if (first.colour != 0)

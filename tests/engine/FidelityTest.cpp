@@ -272,6 +272,14 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
     EXPECT_EQ(Occurrences(transformed, "\\pngblip"), 3u);
     const std::string code = ReadFile(convert("footnotes", 3)).toStdString();
     EXPECT_NE(code.find("\\fmodern\\fprq1\\fcharset0 Courier New;"), std::string::npos);
+    // The footnote mark stands raised, H2O's 2 lowered, and "L E T T E R" is one spaced word.
+    EXPECT_NE(code.find("\\up8 1"), std::string::npos);
+    EXPECT_NE(code.find("\\dn4 2"), std::string::npos);
+    EXPECT_NE(code.find("\\expndtw120 LETTE}"), std::string::npos);
+    // A scan's hidden text is the text, the scan one picture in front of it.
+    const std::string scan = ReadFile(convert("scan", 1)).toStdString();
+    EXPECT_EQ(Occurrences(scan, "{\\pict"), 1u);
+    EXPECT_NE(scan.find("\\shpfblwtxt0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}"), std::string::npos);
     printed += dir.filePath("drawings-2.rtf");
 
     // Hebrew, stored left to right on the page, reads from right to left in the word processor.
