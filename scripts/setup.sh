@@ -9,6 +9,7 @@ packages=(
   libgl-dev libxkbcommon-dev
   libx11-dev
   libmupdf-dev mupdf-tools libmujs-dev libgumbo-dev libopenjp2-7-dev libjbig2dec0-dev
+  libhunspell-dev hunspell-en-us
   libgtest-dev googletest
   clang clang-format clang-tidy libclang-rt-14-dev
   fonts-ipafont-gothic fonts-dejavu-core

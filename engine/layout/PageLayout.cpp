@@ -3,6 +3,7 @@
 #include "layout/Bidi.h"
 #include "layout/Decorations.h"
 #include "layout/FontNames.h"
+#include "layout/Hyphenation.h"
 #include "layout/RunningHeads.h"
 #include "layout/Tables.h"
 
@@ -214,6 +215,25 @@ float firstWordWidth(const Line& line)
         width += glyph.box.width();
     }
     return width;
+}
+
+// Where the letters that open `glyphs` end.
+std::size_t wordEnd(const std::vector<Glyph>& glyphs)
+{
+    std::size_t end = 0;
+    while (end < glyphs.size() && isLetter(glyphs[end].c))
+        ++end;
+    return end;
+}
+
+// The letters right before `end`, as UTF-8.
+std::string wordBefore(const std::vector<Glyph>& glyphs, std::size_t end)
+{
+    std::size_t start = end;
+    while (start > 0 && isLetter(glyphs[start - 1].c))
+        --start;
+    return ToUtf8(std::vector<Glyph>(glyphs.begin() + static_cast<std::ptrdiff_t>(start),
+                                     glyphs.begin() + static_cast<std::ptrdiff_t>(end)));
 }
 
 // A right-to-left line seen in a mirror, so that it starts on the left like any other; twice
@@ -755,11 +775,14 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
             startBlock(line);
             continue;
         }
-        const bool undoHyphen = endsWithHyphen && block.text.size() >= 2 &&
+        const bool brokenWord = endsWithHyphen && block.text.size() >= 2 &&
                                 isLetter(block.text[block.text.size() - 2].c) &&
                                 !line.glyphs.empty() && isLowerLetter(line.glyphs.front().c);
-        if (undoHyphen) {
+        if (brokenWord && !KeepsLineEndHyphen(wordBefore(block.text, block.text.size() - 1),
+                                              wordBefore(line.glyphs, wordEnd(line.glyphs)))) {
             block.text.pop_back();
+        } else if (brokenWord) {
+            // A compound's hyphen stays, and the halves stay together.
         } else if (!block.text.empty() && !isSpace(block.text.back().c)) {
             block.text.push_back(synthetic(block.text.back(), ' ', block.text.back().box.x1,
                                            block.text.back().box.x1));
