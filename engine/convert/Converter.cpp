@@ -57,6 +57,7 @@ public:
     {
         const int count = m_pdf.pageCount();
         const auto [first, last] = PageSpan(m_options, count);
+        m_firstPage = first;
         learn(first, last);
 
         std::unique_ptr<std::FILE, FileCloser> body(std::tmpfile());
@@ -326,7 +327,7 @@ private:
         RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
         std::string& out = writer.out();
         out += header ? "{\\header " : "{\\footer ";
-        const std::string number = std::to_string(index + 1);
+        bool numbered = false;
         for (const Line& line : lines) {
             out += "\\pard\\plain";
             const float centre = line.box.centreX();
@@ -347,7 +348,17 @@ private:
                     std::vector<Glyph> digits(line.glyphs.begin() + static_cast<std::ptrdiff_t>(i),
                                               line.glyphs.begin() +
                                                   static_cast<std::ptrdiff_t>(end));
-                    if (ToUtf8(digits) == number) {
+                    // The first number standing alone is the page's number; the document's
+                    // pages are numbered from where that makes it right.
+                    const auto letter = [](char32_t c) {
+                        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+                    };
+                    const bool alone = (i == 0 || !letter(line.glyphs[i - 1].c)) &&
+                                       (end == line.glyphs.size() || !letter(line.glyphs[end].c));
+                    if (!numbered && alone && end - i <= 5) {
+                        numbered = true;
+                        if (!m_firstNumber)
+                            m_firstNumber = std::stoi(ToUtf8(digits)) - (index - m_firstPage);
                         writer.text(pending, nullptr);
                         pending.clear();
                         out += "{\\field{\\*\\fldinst PAGE}{\\fldrslt ";
@@ -427,6 +438,8 @@ private:
             (!m_header.empty() && !m_firstHasHeader) || (!m_footer.empty() && !m_firstHasFooter);
         if (titlePage)
             head += "\\titlepg";
+        if (m_firstNumber && *m_firstNumber != 1 && *m_firstNumber >= 0)
+            head += "\\pgnrestart\\pgnstarts" + std::to_string(*m_firstNumber);
         head += "\n" + m_header + m_footer;
         if (titlePage) {
             const auto firstPage = [](const std::string& running, bool shown, const char* group) {
@@ -457,6 +470,8 @@ private:
     bool m_footerWritten = false;
     bool m_firstHasHeader = false;
     bool m_firstHasFooter = false;
+    int m_firstPage = 0;               // the PDF page the document starts with
+    std::optional<int> m_firstNumber;  // the number its running head gives that page
     Extents m_extents;
     FlowPosition m_flow;
     bool m_columnsOpen = false;

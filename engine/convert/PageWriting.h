@@ -105,6 +105,10 @@ float EstimatedWidth(const std::vector<Glyph>& glyphs, float scale);
 // many words as fit, blanks at their usual width. Tabs are not wrapped at.
 int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale);
 
+// The factor that lets each part of a tabbed block fit before the tab stop that follows it
+// (the last one before `rightEdge`), never below 60 %.
+float ShrinkTabbed(const Block& block, float rightEdge);
+
 // The factor that lets a block's text fit a box, never below 60 %.
 float ShrinkToFit(const Block& block, float boxWidth, float boxHeight);
 

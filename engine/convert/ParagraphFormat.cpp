@@ -162,6 +162,33 @@ int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale)
     return lines;
 }
 
+float ShrinkTabbed(const Block& block, float rightEdge)
+{
+    float scale = 1;
+    std::size_t stop = 0;
+    std::vector<Glyph> part;
+    const auto fit = [&](float limit) {
+        if (part.empty())
+            return;
+        const float start = part.front().box.x0;
+        const float room = limit - start - part.front().size * 0.3f;
+        const float needed = EstimatedWidth(part, 1);
+        if (needed > room && room > 0)
+            scale = std::min(scale, room / needed);
+        part.clear();
+    };
+    for (const Glyph& glyph : block.text) {
+        if (glyph.c != '\t') {
+            part.push_back(glyph);
+            continue;
+        }
+        fit(stop < block.tabStops.size() ? block.tabStops[stop] : block.leaderStop);
+        ++stop;
+    }
+    fit(rightEdge);
+    return std::max(scale, 0.6f);
+}
+
 float ShrinkToFit(const Block& block, float boxWidth, float boxHeight)
 {
     if (boxWidth <= 0 || block.size <= 0)

@@ -246,12 +246,11 @@ void WriteTabbedPage(RtfWriter& writer, PageJob& job)
                 p.indent = std::max(p.indent, -origin + 4);
                 p.rightIndent = std::max(p.rightIndent, -(section.width - rightEdge) + 4);
             }
-            if (options.shrinkFonts) {
-                const float right =
-                    member.tabStops.empty() ? rightEdge - p.rightIndent : member.tabStops.front();
-                p.shrink = ShrinkToFit(member, right - origin - p.indent,
+            if (options.shrinkFonts && member.hasTabs())
+                p.shrink = ShrinkTabbed(member, rightEdge);
+            else if (options.shrinkFonts)
+                p.shrink = ShrinkToFit(member, rightEdge - p.rightIndent - origin - p.indent,
                                        member.box.height() * 1.5f + member.size);
-            }
             placements.push_back(p);
         };
         if (columns < 2) {
