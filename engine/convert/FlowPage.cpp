@@ -58,6 +58,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         pageBreak = true;
         flow.newPage();
     }
+    const bool freshPage = pageBreak || flow.sourcePages == 0;
     ++flow.sourcePages;
 
     // Drawings and the page's other shapes go with the paragraph they stand by, so they follow
@@ -92,9 +93,10 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         const float size = std::max(LargestSize(block.text), 1.0f);
         float gap = previous ? size * 0.3f : 0;
         if (previous && previous->column == block.column && block.box.y0 >= previous->box.y1)
-            gap = std::min(block.box.y0 - previous->box.y1, size * 2.5f);
-        if (block.kind == BlockKind::Picture)
-            gap = 0;
+            gap = std::min(block.box.y0 - previous->box.y1, size * 8);
+        // A page that starts a page of its own keeps the room above its first block.
+        if (!previous && freshPage)
+            gap = std::clamp(block.box.y0 - section.top, 0.0f, height / 3);
         if (block.kind == BlockKind::Table)
             gap = std::clamp(gap, 1.0f, 24.0f);
         // Drawings in the top margin stand by the running head, not by the text.
@@ -141,10 +143,13 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             const float fit = row > room ? room / row : 1;
             const float indent = std::clamp(block.box.x0 - section.left, 0.0f, room - row * fit);
             const float centre = (block.box.x0 + blocks[last].box.x1) / 2;
-            if (std::fabs(centre - (section.left + width / 2)) < 24 || indent < 1)
-                out += "\\qc " + lead;
-            else
-                out += "\\li" + std::to_string(Twips(indent)) + " " + lead;
+            if (gap > 0.5f)
+                out += "\\sb" + std::to_string(Twips(gap));
+            if (std::fabs(centre - (section.left + width / 2)) < 24)
+                out += "\\qc";
+            else if (indent >= 1)
+                out += "\\li" + std::to_string(Twips(indent));
+            out += " " + lead;
             float tallest = 0;
             for (std::size_t k = i; k <= last; ++k) {
                 const Picture& picture =
@@ -155,7 +160,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
                 tallest = std::max(tallest, picture.box.height() * fit);
             }
             out += "\\par\n";
-            flow.advance(tallest + 2, height);
+            flow.advance(gap + tallest + 2, height);
             i = last;
             continue;
         }
