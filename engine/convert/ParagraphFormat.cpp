@@ -113,7 +113,9 @@ float EstimatedWidth(const std::vector<Glyph>& glyphs, float scale)
         if (glyph.c == '\t')
             continue;
         // Blanks the layout added have no width of their own and count as a word space.
-        const float advance = glyph.box.width();
+        float advance = glyph.box.width();
+        if (glyph.monospaced)
+            advance = std::max(advance, glyph.size * 0.6f / SubstituteMargin);
         width += advance > 0 ? advance : glyph.size * 0.25f;
     }
     return width * scale * SubstituteMargin;
@@ -152,7 +154,10 @@ int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale)
             blank = glyph.size * scale * 0.25f;
             continue;
         }
-        word += (glyph.box.width() > 0 ? glyph.box.width() : glyph.size * 0.5f) * scale;
+        float advance = glyph.box.width() > 0 ? glyph.box.width() : glyph.size * 0.5f;
+        if (glyph.monospaced)
+            advance = std::max(advance, glyph.size * 0.6f);
+        word += advance * scale;
         // East Asian text breaks between any two characters.
         const int charset = CharsetFor(glyph.c);
         if (charset == 128 || charset == 129)

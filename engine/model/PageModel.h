@@ -66,10 +66,11 @@ struct Glyph final
     bool underline = false;
     bool strike = false;
     bool highlighted = false;
-    uint32_t highlight = 0;  // 0xRRGGBB
-    float rise = 0;          // points above its line's baseline: superscripts, subscripts below
-    float spacing = 0;       // points of letter spacing after it
-    bool hidden = false;     // drawn invisibly, as a scan's text layer is
+    uint32_t highlight = 0;   // 0xRRGGBB
+    float rise = 0;           // points above its line's baseline: superscripts, subscripts below
+    float spacing = 0;        // points of letter spacing after it
+    bool hidden = false;      // drawn invisibly, as a scan's text layer is
+    bool monospaced = false;  // of a fixed-width font, which word processors set 0.6 em wide
 };
 
 // A run of glyphs along one baseline, as MuPDF found it.

@@ -354,6 +354,7 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
 
     fz_font* lastFont = nullptr;
     int lastFontIndex = 0;
+    bool lastMonospaced = false;
     for (fz_stext_block* block = text->first_block; block; block = block->next) {
         if (block->type != FZ_STEXT_BLOCK_TEXT)
             continue;
@@ -379,8 +380,10 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                     face.serif = fz_font_is_serif(ctx, ch->font) != 0;
                     lastFont = ch->font;
                     lastFontIndex = fonts.indexOf(face);
+                    lastMonospaced = face.monospaced;
                 }
                 glyph.font = lastFontIndex;
+                glyph.monospaced = lastMonospaced;
                 out.glyphs.push_back(glyph);
             }
             if (!out.glyphs.empty())
