@@ -292,12 +292,12 @@ private:
             m_firstHasHeader = !layout.header.empty();
             m_firstHasFooter = !layout.footer.empty();
         }
-        if (!m_headerWritten && !layout.header.empty())
-            m_header = runningText(layout.header, page, index, true);
-        if (!m_footerWritten && !layout.footer.empty())
-            m_footer = runningText(layout.footer, page, index, false);
-        m_headerWritten = m_headerWritten || !layout.header.empty();
-        m_footerWritten = m_footerWritten || !layout.footer.empty();
+        // Right-hand (odd) and left-hand (even) pages may have running lines of their own.
+        const auto side = static_cast<std::size_t>((index - m_firstPage) % 2);
+        if (m_header[side].empty() && !layout.header.empty())
+            m_header[side] = runningText(layout.header, page, index, true);
+        if (m_footer[side].empty() && !layout.footer.empty())
+            m_footer[side] = runningText(layout.footer, page, index, false);
 
         PageJob job{m_options,
                     page,
@@ -318,6 +318,21 @@ private:
             WriteBoxedPage(writer, job);
             break;
         }
+    }
+
+    // Whether right-hand and left-hand pages have running lines of their own: both have some,
+    // and they differ in more than their numbers.
+    static bool facingPages(const std::string (&running)[2])
+    {
+        const auto words = [](const std::string& rtf) {
+            std::string out;
+            for (char c : rtf) {
+                if (c < '0' || c > '9')
+                    out.push_back(c);
+            }
+            return out;
+        };
+        return !running[0].empty() && !running[1].empty() && words(running[0]) != words(running[1]);
     }
 
     // A running line for the header or footer; the page's own number becomes a PAGE field.
@@ -353,8 +368,16 @@ private:
                     const auto letter = [](char32_t c) {
                         return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
                     };
-                    const bool alone = (i == 0 || !letter(line.glyphs[i - 1].c)) &&
-                                       (end == line.glyphs.size() || !letter(line.glyphs[end].c));
+                    // Part of a word or of a decimal ("5.4") is no page number.
+                    const auto joined = [&line, letter](std::size_t at, std::size_t beyond) {
+                        const char32_t c = line.glyphs[at].c;
+                        const bool decimal =
+                            (c == '.' || c == ',') && beyond < line.glyphs.size() &&
+                            line.glyphs[beyond].c >= '0' && line.glyphs[beyond].c <= '9';
+                        return letter(c) || decimal;
+                    };
+                    const bool alone = (i == 0 || !joined(i - 1, i >= 2 ? i - 2 : i)) &&
+                                       (end == line.glyphs.size() || !joined(end, end + 1));
                     if (!numbered && alone && end - i <= 5) {
                         numbered = true;
                         if (!m_firstNumber)
@@ -431,24 +454,36 @@ private:
                 std::to_string(Twips(m_section.right));
         head += "\\margt" + std::to_string(Twips(m_section.top)) + "\\margb" +
                 std::to_string(Twips(m_section.bottom));
+        const bool facing = facingPages(m_header) || facingPages(m_footer);
+        if (facing)
+            head += "\\facingp";
         head += "\\viewkind1\n\\sectd" + sectionFormat();
         m_section = current;
+        const std::string& header = m_header[0].empty() ? m_header[1] : m_header[0];
+        const std::string& footer = m_footer[0].empty() ? m_footer[1] : m_footer[0];
         // A first page without the running head or foot (a title page) has its own.
         const bool titlePage =
-            (!m_header.empty() && !m_firstHasHeader) || (!m_footer.empty() && !m_firstHasFooter);
+            (!header.empty() && !m_firstHasHeader) || (!footer.empty() && !m_firstHasFooter);
         if (titlePage)
             head += "\\titlepg";
         if (m_firstNumber && *m_firstNumber != 1 && *m_firstNumber >= 0)
             head += "\\pgnrestart\\pgnstarts" + std::to_string(*m_firstNumber);
-        head += "\n" + m_header + m_footer;
+        head += "\n";
+        // A running line's group under another name: its text follows the group's first blank.
+        const auto group = [](const std::string& running, const char* name) {
+            if (running.empty())
+                return std::string("{\\") + name + " \\pard\\plain\\par}\n";
+            return std::string("{\\") + name + running.substr(running.find(' '));
+        };
+        if (facing) {
+            head += group(m_header[0], "headerr") + group(m_header[1], "headerl");
+            head += group(m_footer[0], "footerr") + group(m_footer[1], "footerl");
+        } else {
+            head += header + footer;
+        }
         if (titlePage) {
-            const auto firstPage = [](const std::string& running, bool shown, const char* group) {
-                if (!shown || running.empty())
-                    return std::string("{\\") + group + " \\pard\\plain\\par}\n";
-                return std::string("{\\") + group + running.substr(running.find(' '));
-            };
-            head += firstPage(m_header, m_firstHasHeader, "headerf");
-            head += firstPage(m_footer, m_firstHasFooter, "footerf");
+            head += group(m_firstHasHeader ? header : std::string(), "headerf");
+            head += group(m_firstHasFooter ? footer : std::string(), "footerf");
         }
         return head;
     }
@@ -463,11 +498,9 @@ private:
     Section m_section;
     Section m_firstSection;
     std::vector<std::pair<int, PageContent>> m_cache;
-    std::string m_header;
-    std::string m_footer;
+    std::string m_header[2];  // of right-hand pages, then of left-hand ones
+    std::string m_footer[2];
     bool m_anything = false;
-    bool m_headerWritten = false;
-    bool m_footerWritten = false;
     bool m_firstHasHeader = false;
     bool m_firstHasFooter = false;
     int m_firstPage = 0;               // the PDF page the document starts with

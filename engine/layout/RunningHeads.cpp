@@ -87,10 +87,11 @@ RunningHeads RunningHeads::Learn(const std::vector<std::vector<Line>>& pages)
         for (std::size_t i = 0; i < std::min(RunningDepth, lines.size()); ++i)
             note(bottom, lines[lines.size() - 1 - i], p);
     }
-    // Present on at least half the sampled pages, and never fewer than two. A number alone
-    // is a page number only if it changes from page to page: a pleading's last line number
-    // stands on every page too.
-    const std::size_t needed = std::max<std::size_t>(2, (pages.size() + 1) / 2);
+    // Present on at least a third of the sampled pages (right-hand and left-hand pages often
+    // have their own, and a chapter's first page none), and never fewer than two. A number
+    // alone is a page number only if it changes from page to page: a pleading's last line
+    // number stands on every page too.
+    const std::size_t needed = std::max<std::size_t>(2, (pages.size() + 2) / 3);
     const auto learn = [needed](const std::map<std::string, Seen>& edge,
                                 std::vector<std::string>& patterns) {
         for (const auto& [pattern, seen] : edge) {
