@@ -8,6 +8,8 @@
 # MuPDF's docx writer is not in Debian's MuPDF 1.21, so it cannot be measured here.
 # It is a measurement, not a test.
 # Usage: bench/run-fidelity.sh <build-dir> <corpus-dir> [results-dir] [methods...]
+# With FIDELITY_REUSE=1 the documents already printed into results-dir are compared again
+# without converting anything (to measure an older run with today's comparison).
 set -euo pipefail
 
 build=${1:?usage: run-fidelity.sh <build-dir> <corpus-dir> [results-dir] [methods...]}
@@ -47,7 +49,9 @@ printf 'method\tfile\tpages_in\tpages_out\tink\tssim\tf1\torder\tpictures_in\tpi
 for method in "${methods[@]}"; do
   out="$results/$method"
   mkdir -p "$out"
-  if [ "$method" = office ]; then
+  if [ "${FIDELITY_REUSE:-0}" = 1 ]; then
+    :
+  elif [ "$method" = office ]; then
     office --infilter=writer_pdf_import --convert-to pdf:writer_pdf_Export --outdir "$out" "$corpus"/*.pdf
   else
     store_options ConversionMethod="$method"

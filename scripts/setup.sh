@@ -10,11 +10,12 @@ packages=(
   libx11-dev libglib2.0-dev
   libmupdf-dev mupdf-tools libmujs-dev libgumbo-dev libopenjp2-7-dev libjbig2dec0-dev
   libtesseract-dev tesseract-ocr tesseract-ocr-eng tesseract-ocr-jpn tesseract-ocr-osd
+  libhunspell-dev hunspell-en-us
   libgtest-dev googletest
   clang clang-format clang-tidy libclang-rt-14-dev gcovr
   fonts-ipafont-gothic fonts-dejavu-core fonts-dejavu-extra fonts-wine
   fonts-liberation2 fonts-crosextra-carlito fonts-crosextra-caladea
-  xdg-utils xvfb xauth bc
+  xdg-utils xvfb xauth bc time
   libreoffice-writer-nogui
   scdoc librsvg2-bin desktop-file-utils appstream dpkg-dev file lintian
 )

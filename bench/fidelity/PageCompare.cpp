@@ -4,7 +4,8 @@
 // pairs, which falls when the reading order breaks. A page missing from the output scores 0.
 //   velmora_page_compare [-v] <source.pdf> <output.pdf>
 // prints one line: pagesIn pagesOut ink ssim f1 order picturesIn picturesOut
-// (-v also one line per page before it).
+// (-v also one line per page and the words only one side has before it). Both documents'
+// words are read from the text MuPDF extracts, normalised alike (see Words).
 
 #include <mupdf/fitz.h>
 #include <mupdf/pdf.h>
@@ -37,7 +38,7 @@ struct Grey
 
 struct PageText
 {
-    std::vector<std::string> words;
+    std::vector<std::u32string> lines;
     int pictures = 0;
 };
 
@@ -101,12 +102,6 @@ struct Document
             fz_stext_options options{};
             options.flags = FZ_STEXT_PRESERVE_IMAGES;
             page = fz_new_stext_page_from_page_number(ctx, doc, index, &options);
-            std::string word;
-            const auto flush = [&]() {
-                if (!word.empty())
-                    out.words.push_back(word);
-                word.clear();
-            };
             for (fz_stext_block* block = page->first_block; block; block = block->next) {
                 if (block->type == FZ_STEXT_BLOCK_IMAGE) {
                     const fz_rect box = block->bbox;
@@ -117,23 +112,10 @@ struct Document
                 if (block->type != FZ_STEXT_BLOCK_TEXT)
                     continue;
                 for (fz_stext_line* line = block->u.t.first_line; line; line = line->next) {
-                    for (fz_stext_char* ch = line->first_char; ch; ch = ch->next) {
-                        const int c = ch->c;
-                        if (c < 128 && !std::isalnum(c)) {
-                            // Hyphens and other marks join nothing: "long-stay" reads as two
-                            // words on both sides.
-                            flush();
-                            continue;
-                        }
-                        if (c >= 0x2000 && c <= 0x206f) {
-                            flush();
-                            continue;
-                        }
-                        char buffer[8];
-                        const int n = fz_runetochar(buffer, c < 128 ? std::tolower(c) : c);
-                        word.append(buffer, static_cast<std::size_t>(n));
-                    }
-                    flush();
+                    std::u32string chars;
+                    for (fz_stext_char* ch = line->first_char; ch; ch = ch->next)
+                        chars.push_back(static_cast<char32_t>(ch->c));
+                    out.lines.push_back(std::move(chars));
                 }
             }
         }
@@ -147,6 +129,85 @@ struct Document
         return out;
     }
 };
+
+bool isSeparator(char32_t c)
+{
+    if (c < 128)
+        return !std::isalnum(static_cast<int>(c));
+    // Blanks, dashes, quotes and other general punctuation; the no-break space and the
+    // ideographic blank and full stop.
+    return c == 0xa0 || c == 0xad || (c >= 0x2000 && c <= 0x206f) || c == 0x3000 || c == 0x3001 ||
+           c == 0x3002 || c == 0xfeff || c == 0xb7 || c == 0xab || c == 0xbb;
+}
+
+// Scripts written without blanks break their lines anywhere: each character is a word.
+bool isIdeograph(char32_t c)
+{
+    return (c >= 0x3040 && c <= 0x30ff) || (c >= 0x3400 && c <= 0x9fff) ||
+           (c >= 0xf900 && c <= 0xfaff) || (c >= 0xac00 && c <= 0xd7af) ||
+           (c >= 0x20000 && c <= 0x2ffff);
+}
+
+bool isLetter(char32_t c)
+{
+    return (c < 128 && std::isalpha(static_cast<int>(c))) || (c >= 0xc0 && c <= 0x24f);
+}
+
+bool isLower(char32_t c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 0xdf && c <= 0xff && c != 0xf7);
+}
+
+// The words of the lines in order, read alike for every document: a word broken at a line's
+// end by a hyphen is whole again ("corpo-" + "ration"), since one converter hyphenates where
+// another does not; any other mark, a hyphen inside a line too, separates words; each East
+// Asian character is a word of its own.
+std::vector<std::string> Words(const std::vector<std::u32string>& lines)
+{
+    std::vector<std::string> words;
+    std::string word;
+    const auto flush = [&]() {
+        if (!word.empty())
+            words.push_back(word);
+        word.clear();
+    };
+    for (std::size_t l = 0; l < lines.size(); ++l) {
+        std::u32string line = lines[l];
+        while (!line.empty() && (line.back() == ' ' || line.back() == 0xa0))
+            line.pop_back();
+        bool joined = false;
+        if (line.size() >= 2 &&
+            (line.back() == '-' || line.back() == 0xad || line.back() == 0x2010) &&
+            isLetter(line[line.size() - 2]) && l + 1 < lines.size()) {
+            const std::u32string& next = lines[l + 1];
+            const auto first = next.find_first_not_of(U" ");
+            joined = first != std::u32string::npos && isLower(next[first]);
+        }
+        if (joined)
+            line.pop_back();
+        for (char32_t c : line) {
+            if (isSeparator(c)) {
+                flush();
+                continue;
+            }
+            if (isIdeograph(c)) {
+                flush();
+                char buffer[8];
+                const int n = fz_runetochar(buffer, static_cast<int>(c));
+                words.emplace_back(buffer, static_cast<std::size_t>(n));
+                continue;
+            }
+            char buffer[8];
+            const int n = fz_runetochar(buffer, c < 128 ? std::tolower(static_cast<int>(c))
+                                                        : static_cast<int>(c));
+            word.append(buffer, static_cast<std::size_t>(n));
+        }
+        if (!joined)
+            flush();
+    }
+    flush();
+    return words;
+}
 
 double inkOverlap(const Grey& a, const Grey& b)
 {
@@ -282,6 +343,24 @@ std::vector<std::string> pairs(const std::vector<std::string>& words)
     return out;
 }
 
+// The words only one side has, each with how many times it is missing or extra.
+void printDifference(const std::vector<std::string>& expected,
+                     const std::vector<std::string>& actual)
+{
+    std::map<std::string, long> balance;
+    for (const std::string& word : expected)
+        ++balance[word];
+    for (const std::string& word : actual)
+        --balance[word];
+    std::string missing;
+    std::string extra;
+    for (const auto& [word, count] : balance) {
+        if (count != 0)
+            (count > 0 ? missing : extra) += " " + word + "x" + std::to_string(std::labs(count));
+    }
+    std::printf("missing:%s\nextra:%s\n", missing.c_str(), extra.c_str());
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -305,8 +384,8 @@ int main(int argc, char** argv)
     int pagesOut = 0;
     double inkSum = 0;
     double ssimSum = 0;
-    std::vector<std::string> wordsIn;
-    std::vector<std::string> wordsOut;
+    std::vector<std::u32string> linesIn;
+    std::vector<std::u32string> linesOut;
     int picturesIn = 0;
     int picturesOut = 0;
     {
@@ -330,16 +409,20 @@ int main(int argc, char** argv)
             if (verbose)
                 std::printf("page %d ink %.3f ssim %.3f\n", i + 1, ink, similarity);
             const PageText text = source.text(i);
-            wordsIn.insert(wordsIn.end(), text.words.begin(), text.words.end());
+            linesIn.insert(linesIn.end(), text.lines.begin(), text.lines.end());
             picturesIn += text.pictures;
         }
         for (int i = 0; i < pagesOut; ++i) {
             const PageText text = output.text(i);
-            wordsOut.insert(wordsOut.end(), text.words.begin(), text.words.end());
+            linesOut.insert(linesOut.end(), text.lines.begin(), text.lines.end());
             picturesOut += text.pictures;
         }
     }
     fz_drop_context(ctx);
+    const std::vector<std::string> wordsIn = Words(linesIn);
+    const std::vector<std::string> wordsOut = Words(linesOut);
+    if (verbose)
+        printDifference(wordsIn, wordsOut);
     const double pages = std::max(pagesIn, 1);
     std::printf("%d %d %.4f %.4f %.4f %.4f %d %d\n", pagesIn, pagesOut, inkSum / pages,
                 ssimSum / pages, bagF1(wordsIn, wordsOut), bagF1(pairs(wordsIn), pairs(wordsOut)),

@@ -1,6 +1,7 @@
 #include "convert/Converter.h"
 
 #include "convert/AtomicFile.h"
+#include "convert/PageWriting.h"
 #include "layout/PageLayout.h"
 #include "layout/RunningHeads.h"
 #include "ocr/PageRecognition.h"
@@ -24,67 +25,23 @@ struct FileCloser
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-struct Section
+// Where the body text and the running lines of the sampled pages reach, as distances from the
+// page's edges.
+struct Extents
 {
-    float width = 612;
-    float height = 792;
-    float left = 72;
-    float right = 72;
-    float top = 72;
-    float bottom = 72;
+    float left = 1e9f;
+    float right = 1e9f;
+    float top = 1e9f;
+    float bottom = 1e9f;
+    std::optional<float> headerTop;
+    std::optional<float> headerBottom;
+    std::optional<float> footerTop;     // from the page's bottom edge
+    std::optional<float> footerBottom;  // from the page's bottom edge
 };
 
-// Room the text of a block needs in a word processor's font: the PDF's own advances, with a
-// margin for a substitute font's wider letters. Blanks the layout added have no width of their
-// own and count as a word space.
-float estimatedWidth(const std::vector<Glyph>& glyphs, float scale)
+void lower(std::optional<float>& value, float candidate)
 {
-    constexpr float SubstituteMargin = 1.04f;
-    float width = 0;
-    for (const Glyph& glyph : glyphs) {
-        if (glyph.c == '\t')
-            continue;
-        const float advance = glyph.box.width();
-        width += advance > 0 ? advance : glyph.size * 0.25f;
-    }
-    return width * scale * SubstituteMargin;
-}
-
-// The length of text along its own baseline, from typical glyph widths: rotated glyphs' boxes
-// don't tell their advances.
-float nominalWidth(const std::vector<Glyph>& glyphs)
-{
-    float width = 0;
-    for (const Glyph& glyph : glyphs) {
-        const int charset = CharsetFor(glyph.c);
-        width += glyph.size * (charset == 128 || charset == 129 ? 1.0f
-                               : glyph.c == ' '                 ? 0.28f
-                                                                : 0.55f);
-    }
-    return width;
-}
-
-// The factor that lets a block's text fit its box, never below 60 %.
-float shrinkToFit(const Block& block, float boxWidth, float boxHeight)
-{
-    if (boxWidth <= 0 || block.size <= 0)
-        return 1;
-    float scale = 1;
-    const float lineCount = static_cast<float>(std::max<std::size_t>(1, block.lines.size()));
-    for (int step = 0; step < 8; ++step) {
-        // The estimate is rough: within 10 % of the box counts as fitting.
-        const float width = estimatedWidth(block.text, scale);
-        const float lines = std::ceil(width / (boxWidth * 1.1f));
-        const float height = lines * block.size * scale * 1.1f;
-        if (lines <= lineCount || height <= boxHeight * 1.1f + 2)
-            break;
-        scale *= 0.95f;
-        if (scale < 0.6f) {
-            scale = 0.6f;
-            break;
-        }
-    }
-    return scale;
+    value = value ? std::min(*value, candidate) : candidate;
 }
 
 class DocumentWriter
@@ -102,6 +59,7 @@ public:
     {
         const int count = m_pdf.pageCount();
         const auto [first, last] = PageSpan(m_options, count);
+        m_firstPage = first;
         learn(first, last);
 
         std::unique_ptr<std::FILE, FileCloser> body(std::tmpfile());
@@ -168,6 +126,7 @@ private:
         const int pages = last - first + 1;
         const bool keep = pages <= SamplePages;
         std::vector<std::vector<Line>> sampleLines;
+        std::vector<std::pair<float, float>> sampleSizes;
         std::vector<TextLine> sampleText;
         PictureOptions noPictures = m_pictureOptions;
         for (int k = 0; k < std::min(pages, SamplePages); ++k) {
@@ -187,11 +146,16 @@ private:
                                           error.what());
                 }
             }
-            if (k == 0) {
-                m_section.width = page.width;
-                m_section.height = page.height;
-            }
             sampleLines.push_back(PageLines(page));
+            sampleSizes.emplace_back(page.width, page.height);
+            // Pictures the text flows around set its width too; backgrounds don't.
+            for (const Picture& picture : page.pictures) {
+                const Rect& box = picture.box;
+                if (box.width() * box.height() >= page.width * page.height * 0.5f)
+                    continue;
+                m_extents.left = std::min(m_extents.left, std::max(box.x0, 0.0f));
+                m_extents.right = std::min(m_extents.right, std::max(page.width - box.x1, 0.0f));
+            }
             sampleText.insert(sampleText.end(), page.lines.begin(), page.lines.end());
             if (keep)
                 m_cache.emplace_back(index, std::move(page));
@@ -199,6 +163,30 @@ private:
         m_bodySize = DominantSize(sampleText);
         if (m_options.detectHeader && m_options.extractText)
             m_heads = RunningHeads::Learn(sampleLines);
+        // The body's margins are the least any sampled page leaves, so that no page's text
+        // starts below where its PDF page has it; running lines stand in the margins.
+        for (std::size_t p = 0; p < sampleLines.size(); ++p) {
+            const std::vector<Line>& lines = sampleLines[p];
+            const auto [width, height] = sampleSizes[p];
+            for (std::size_t i = 0; i < lines.size(); ++i) {
+                const Rect& box = lines[i].box;
+                if (m_heads.isHeader(lines, i)) {
+                    lower(m_extents.headerTop, box.y0);
+                    m_extents.headerBottom = std::max(m_extents.headerBottom.value_or(0), box.y1);
+                    continue;
+                }
+                if (m_heads.isFooter(lines, i)) {
+                    lower(m_extents.footerBottom, height - box.y1);
+                    m_extents.footerTop =
+                        std::max(m_extents.footerTop.value_or(0), height - box.y0);
+                    continue;
+                }
+                m_extents.left = std::min(m_extents.left, box.x0);
+                m_extents.right = std::min(m_extents.right, width - box.x1);
+                m_extents.top = std::min(m_extents.top, box.y0);
+                m_extents.bottom = std::min(m_extents.bottom, height - box.y1);
+            }
+        }
     }
 
     LayoutOptions layoutOptions() const
@@ -210,36 +198,76 @@ private:
         layout.rotatedAsShapes = m_options.wordArt;
         layout.bodySize = m_bodySize;
         layout.runningHeads = &m_heads;
+        // Text boxes keep a drawn box as a shape at its place.
+        layout.paragraphBoxes = m_options.conversionMethod == 1 || m_options.conversionMethod == 3;
         return layout;
+    }
+
+    // The section of a page of this size: the learnt margins, within a third of the page.
+    Section sectionFor(const PageContent& page) const
+    {
+        Section section;
+        section.width = page.width;
+        section.height = page.height;
+        const float minimum = 18;
+        const auto margin = [minimum](float learnt, float fallback, float limit) {
+            return std::clamp(learnt < 1e8f ? learnt : fallback, minimum, limit / 3);
+        };
+        section.left = margin(m_extents.left, 72, page.width);
+        section.right = margin(m_extents.right, 72, page.width);
+        section.top = margin(m_extents.top, 72, page.height);
+        // Flowing text fills pages as deep as the PDF's fullest page; placed text needs the
+        // bottom margin only as room to spare.
+        // A document whose few pages all end early does not ask for a deep bottom margin.
+        section.bottom = m_options.conversionMethod == 3
+                             ? std::min(margin(m_extents.bottom, 72, page.height),
+                                        std::max(72.0f, section.top * 1.5f))
+                             : minimum;
+        // The body starts below the header and ends above the footer, or a word processor
+        // pushes it away.
+        if (m_extents.headerBottom)
+            section.top =
+                std::min(std::max(section.top, *m_extents.headerBottom + 2), page.height / 3);
+        if (m_extents.footerTop)
+            section.bottom =
+                std::min(std::max(section.bottom, *m_extents.footerTop + 2), page.height / 3);
+        return section;
     }
 
     void writePage(RtfWriter& writer, const PageContent& page, int index, bool firstPage)
     {
         PageLayout layout = LayOutPage(page, layoutOptions(), &m_fonts.faces());
         if (firstPage) {
-            settleSection(page, layout);
+            m_section = sectionFor(page);
             m_firstSection = m_section;
         }
         // A page of another size or orientation starts a section of its own, on a new page.
         const bool resized = !firstPage && (std::fabs(page.width - m_section.width) > 1 ||
                                             std::fabs(page.height - m_section.height) > 1);
         if (resized) {
-            m_section.width = page.width;
-            m_section.height = page.height;
-            m_section.left = std::min(m_firstSection.left, page.width / 3);
-            m_section.right = std::min(m_firstSection.right, page.width / 3);
-            m_section.top = std::min(m_firstSection.top, page.height / 3);
-            m_section.bottom = std::min(m_firstSection.bottom, page.height / 3);
+            m_section = sectionFor(page);
             writer.out() += "\\sect\\sectd\\sbkpage" + sectionFormat() + "\n";
+            m_flow.newPage();
+            m_columnsOpen = false;
         }
-        bool breakBefore = !firstPage && !resized;
 
         // Pictures that cover most of the page are its background, and go behind the text
         // instead of pushing it away; drawings stand at their place on the page, except in
-        // flowing text, where nothing keeps its place.
+        // flowing text, where they go with their paragraph.
         const float pageArea = page.width * page.height;
         std::vector<bool> background(page.pictures.size(), false);
         std::string shapes;
+        // A scan with its recognised text drawn invisibly over it: the text is the page's text,
+        // and the scan stands in front of it, so its words show once.
+        std::size_t glyphs = 0;
+        std::size_t hidden = 0;
+        for (const TextLine& line : page.lines) {
+            for (const Glyph& glyph : line.glyphs) {
+                ++glyphs;
+                hidden += glyph.hidden ? 1 : 0;
+            }
+        }
+        const bool scanned = glyphs > 0 && hidden * 10 >= glyphs * 8;
         for (std::size_t i = 0; i < page.pictures.size(); ++i) {
             Rect shown = page.pictures[i].box;
             shown.x0 = std::max(shown.x0, 0.0f);
@@ -248,8 +276,8 @@ private:
             shown.y1 = std::min(shown.y1, page.height);
             background[i] = !shown.empty() && shown.width() * shown.height() >= pageArea * 0.5f;
             if (background[i]) {
-                RtfWriter pictures(m_tables, m_fonts.faces(), m_options.adjustFontNames);
-                pictures.pictureShape(page.pictures[i]);
+                RtfWriter pictures = writer.fresh();
+                pictures.pictureShape(page.pictures[i], !scanned);
                 shapes += pictures.out();
             }
         }
@@ -258,60 +286,58 @@ private:
                    background[static_cast<std::size_t>(block.picture)];
         });
         if (m_options.conversionMethod != 3) {
-            RtfWriter drawn(m_tables, m_fonts.faces(), m_options.adjustFontNames);
+            RtfWriter drawn = writer.fresh();
             for (const Picture& artwork : page.artwork)
                 drawn.pictureShape(artwork);
-            for (const Drawing& drawing : page.drawings)
-                drawn.shape(drawing);
+            for (std::size_t d : layout.drawings)
+                drawn.shape(page.drawings[d]);
             shapes += drawn.out();
         }
-        // The shapes' paragraph opens the page; with text boxes it closes it, since a word
-        // processor lets frames that follow a shape's anchor lose their text.
-        if (!shapes.empty() && m_options.conversionMethod != 2) {
-            std::string& out = writer.out();
-            out += m_options.conversionMethod == 1 && breakBefore ? "\\pard\\plain\\pagebb\\fs2 "
-                                                                  : "\\pard\\plain\\fs2 ";
-            out += shapes + "\\par\n";
-            if (m_options.conversionMethod == 1)
-                breakBefore = false;
+        if (firstPage) {
+            m_firstHasHeader = !layout.header.empty();
+            m_firstHasFooter = !layout.footer.empty();
         }
-        if (!m_headerWritten && !layout.header.empty())
-            m_header = runningText(layout.header, page, index, true);
-        if (!m_footerWritten && !layout.footer.empty())
-            m_footer = runningText(layout.footer, page, index, false);
-        m_headerWritten = m_headerWritten || !layout.header.empty();
-        m_footerWritten = m_footerWritten || !layout.footer.empty();
+        // Right-hand (odd) and left-hand (even) pages may have running lines of their own.
+        const auto side = static_cast<std::size_t>((index - m_firstPage) % 2);
+        if (m_header[side].empty() && !layout.header.empty())
+            m_header[side] = runningText(layout.header, page, index, true);
+        if (m_footer[side].empty() && !layout.footer.empty())
+            m_footer[side] = runningText(layout.footer, page, index, false);
 
+        PageJob job{m_options,
+                    page,
+                    layout,
+                    m_section,
+                    sectionFormat(),
+                    std::move(shapes),
+                    !firstPage && !resized,
+                    &m_columnsOpen};
         switch (m_options.conversionMethod) {
         case 1:
-            writeTabbed(writer, page, layout, breakBefore);
+            WriteTabbedPage(writer, job);
             break;
         case 3:
-            writeFlow(writer, page, layout);
+            WriteFlowPage(writer, job, m_flow);
             break;
         default:
-            writeBoxes(writer, page, layout, breakBefore);
-            if (!shapes.empty())
-                writer.out() += "\\pard\\plain\\fs2 " + shapes + "\\par\n";
+            WriteBoxedPage(writer, job);
             break;
         }
     }
 
-    void settleSection(const PageContent& page, const PageLayout& layout)
+    // Whether right-hand and left-hand pages have running lines of their own: both have some,
+    // and they differ in more than their numbers.
+    static bool facingPages(const std::string (&running)[2])
     {
-        m_section.width = page.width;
-        m_section.height = page.height;
-        if (layout.contentBox.empty())
-            return;
-        const float minimum = 18;
-        m_section.left = std::clamp(layout.contentBox.x0, minimum, page.width / 3);
-        m_section.right = std::clamp(page.width - layout.contentBox.x1, minimum, page.width / 3);
-        m_section.top = std::clamp(layout.contentBox.y0, minimum, page.height / 3);
-        m_section.bottom = std::clamp(page.height - layout.contentBox.y1, minimum, page.height / 3);
-        if (!layout.header.empty())
-            m_headerTop = layout.header.front().box.y0;
-        if (!layout.footer.empty())
-            m_footerBottom = page.height - layout.footer.back().box.y1;
+        const auto words = [](const std::string& rtf) {
+            std::string out;
+            for (char c : rtf) {
+                if (c < '0' || c > '9')
+                    out.push_back(c);
+            }
+            return out;
+        };
+        return !running[0].empty() && !running[1].empty() && words(running[0]) != words(running[1]);
     }
 
     // A running line for the header or footer; the page's own number becomes a PAGE field.
@@ -321,7 +347,7 @@ private:
         RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
         std::string& out = writer.out();
         out += header ? "{\\header " : "{\\footer ";
-        const std::string number = std::to_string(index + 1);
+        bool numbered = false;
         for (const Line& line : lines) {
             out += "\\pard\\plain";
             const float centre = line.box.centreX();
@@ -342,7 +368,25 @@ private:
                     std::vector<Glyph> digits(line.glyphs.begin() + static_cast<std::ptrdiff_t>(i),
                                               line.glyphs.begin() +
                                                   static_cast<std::ptrdiff_t>(end));
-                    if (ToUtf8(digits) == number) {
+                    // The first number standing alone is the page's number; the document's
+                    // pages are numbered from where that makes it right.
+                    const auto letter = [](char32_t c) {
+                        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+                    };
+                    // Part of a word or of a decimal ("5.4") is no page number.
+                    const auto joined = [&line, letter](std::size_t at, std::size_t beyond) {
+                        const char32_t c = line.glyphs[at].c;
+                        const bool decimal =
+                            (c == '.' || c == ',') && beyond < line.glyphs.size() &&
+                            line.glyphs[beyond].c >= '0' && line.glyphs[beyond].c <= '9';
+                        return letter(c) || decimal;
+                    };
+                    const bool alone = (i == 0 || !joined(i - 1, i >= 2 ? i - 2 : i)) &&
+                                       (end == line.glyphs.size() || !joined(end, end + 1));
+                    if (!numbered && alone && end - i <= 5) {
+                        numbered = true;
+                        if (!m_firstNumber)
+                            m_firstNumber = std::stoi(ToUtf8(digits)) - (index - m_firstPage);
                         writer.text(pending, nullptr);
                         pending.clear();
                         out += "{\\field{\\*\\fldinst PAGE}{\\fldrslt ";
@@ -367,310 +411,14 @@ private:
         return out;
     }
 
-    void paragraphSpacing(std::string& out, const PageLayout& layout, const Block& block) const
-    {
-        if (layout.doubleSpaced)
-            out += "\\sl480\\slmult1";
-        else if (m_options.adjustSpacing && block.lineGap > 0)
-            out += "\\sl" + std::to_string(Twips(block.lineGap)) + "\\slmult0";
-    }
-
-    static void alignment(std::string& out, const Block& block)
-    {
-        switch (block.alignment) {
-        case Alignment::Centre:
-            out += "\\qc";
-            break;
-        case Alignment::Right:
-            out += "\\qr";
-            break;
-        case Alignment::Justify:
-            out += "\\qj";
-            break;
-        case Alignment::Left:
-            break;
-        }
-    }
-
-    void tabStops(std::string& out, const Block& block, float origin) const
-    {
-        for (float stop : block.tabStops) {
-            const long at = Twips(stop - origin);
-            if (at > 0)
-                out += "\\tx" + std::to_string(at);
-        }
-    }
-
-    void writePictureParagraph(RtfWriter& writer, const Picture& picture, float maxWidth)
-    {
-        float width = picture.box.width();
-        float height = picture.box.height();
-        if (maxWidth > 0 && width > maxWidth) {
-            height *= maxWidth / width;
-            width = maxWidth;
-        }
-        writer.out() += "\\pard\\plain\\qc ";
-        writer.picture(picture, width, height);
-        writer.out() += "\\par\n";
-    }
-
-    void writeRotatedShape(RtfWriter& writer, const Block& block, bool onPage)
-    {
-        std::string& out = writer.out();
-        const float length = std::max(nominalWidth(block.text), block.size);
-        const float thickness = block.size * 1.6f;
-        const float cx = block.box.centreX();
-        const float cy = block.box.centreY();
-        const long left = onPage ? Twips(cx - length / 2) : 0;
-        const long top = onPage ? Twips(cy - thickness / 2) : 0;
-        out += "\\pard\\plain {\\shp{\\*\\shpinst\\shpleft" + std::to_string(left) + "\\shptop" +
-               std::to_string(top) + "\\shpright" + std::to_string(left + Twips(length)) +
-               "\\shpbottom" + std::to_string(top + Twips(thickness)) + "\\shpfhdr0";
-        out += onPage ? "\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore"
-                      : "\\shpbxcolumn\\shpbxignore\\shpbypara\\shpbyignore";
-        out += "\\shpwr3\\shpwrk0\\shpfblwtxt0\\shpz0";
-        out += "{\\sp{\\sn shapeType}{\\sv 202}}{\\sp{\\sn rotation}{\\sv " +
-               std::to_string(std::lround(-block.angle * 65536)) + "}}";
-        out +=
-            "{\\sp{\\sn fLine}{\\sv 0}}{\\sp{\\sn fFilled}{\\sv 0}}{\\sp{\\sn dxTextLeft}{\\sv 0}}"
-            "{\\sp{\\sn dxTextRight}{\\sv 0}}{\\sp{\\sn dyTextTop}{\\sv 0}}{\\sp{\\sn "
-            "dyTextBottom}{\\sv 0}}";
-        out += "{\\shptxt \\pard\\plain\\qc ";
-        writer.text(block.text, nullptr);
-        out += "\\par}}}\\par\n";
-    }
-
-    void writeFlow(RtfWriter& writer, const PageContent& page, const PageLayout& layout)
-    {
-        const float textWidth = m_section.width - m_section.left - m_section.right;
-        for (const Block& block : layout.blocks) {
-            std::string& out = writer.out();
-            switch (block.kind) {
-            case BlockKind::Picture:
-                writePictureParagraph(
-                    writer, page.pictures[static_cast<std::size_t>(block.picture)], textWidth);
-                continue;
-            case BlockKind::Rotated:
-                writeRotatedShape(writer, block, false);
-                continue;
-            case BlockKind::Heading1:
-                out += "\\pard\\plain\\s1\\outlinelevel0\\sb240\\sa120\\keepn ";
-                break;
-            case BlockKind::Heading2:
-                out += "\\pard\\plain\\s2\\outlinelevel1\\sb180\\sa60\\keepn ";
-                break;
-            case BlockKind::Paragraph:
-                out += "\\pard\\plain\\sa120";
-                alignment(out, block);
-                paragraphSpacing(out, layout, block);
-                tabStops(out, block, m_section.left);
-                out.push_back(' ');
-                break;
-            }
-            writer.text(block.text, &page.links);
-            out += "\\par\n";
-        }
-    }
-
-    // One block of the tabbed method: indented from `origin`, wrapping at `rightEdge`, `gap`
-    // points below what came before it; `lead` goes in front of its text (a column break).
-    void writeTabbedBlock(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
-                          const Block& block, float origin, float rightEdge, float gap,
-                          bool pageBreak, const char* lead)
-    {
-        std::string& out = writer.out();
-        out += "\\pard\\plain";
-        if (pageBreak)
-            out += "\\pagebb";
-        if (m_options.adjustSpacing && gap > 1)
-            out += "\\sb" + std::to_string(Twips(gap));
-        const bool placed =
-            block.alignment == Alignment::Left || block.alignment == Alignment::Justify;
-        const float indent =
-            m_options.preserveTextPosition && placed ? std::max(0.0f, block.box.x0 - origin) : 0;
-        if (indent > 0)
-            out += "\\li" + std::to_string(Twips(indent));
-        // A paragraph of several lines wraps where its lines ended.
-        const float rightIndent = rightEdge - block.box.x1;
-        if (m_options.preserveTextPosition && block.lines.size() > 1 && rightIndent > 1)
-            out += "\\ri" + std::to_string(Twips(rightIndent));
-        alignment(out, block);
-        if (block.kind == BlockKind::Picture) {
-            out.push_back(' ');
-            out += lead;
-            const Picture& picture = page.pictures[static_cast<std::size_t>(block.picture)];
-            writer.picture(picture, picture.box.width(), picture.box.height());
-            out += "\\par\n";
-            return;
-        }
-        paragraphSpacing(out, layout, block);
-        // Stops are measured from where the paragraph's indent also starts.
-        tabStops(out, block, m_options.preserveTextPosition ? origin : block.box.x0);
-        out.push_back(' ');
-        out += lead;
-        float scale = 1;
-        if (m_options.shrinkFonts) {
-            const float right = block.tabStops.empty() ? rightEdge : block.tabStops.front();
-            scale =
-                shrinkToFit(block, right - block.box.x0, block.box.height() * 1.5f + block.size);
-        }
-        writer.text(block.text, &page.links, scale);
-        out += "\\par\n";
-    }
-
-    void writeTabbed(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
-                     bool breakBefore)
-    {
-        const std::vector<Block>& blocks = layout.blocks;
-        const float textRight = m_section.width - m_section.right;
-        float previousBottom = m_section.top;
-        bool pageBreak = breakBefore;
-        std::size_t i = 0;
-        while (i < blocks.size()) {
-            const Block& block = blocks[i];
-            if (block.kind == BlockKind::Rotated) {
-                writeRotatedShape(writer, block, true);
-                ++i;
-                continue;
-            }
-            std::size_t end = i;
-            int columns = 0;
-            if (layout.columns > 1) {
-                while (end < blocks.size() && blocks[end].column >= 0) {
-                    columns = std::max(columns, blocks[end].column + 1);
-                    ++end;
-                }
-            }
-            // What stands above the other columns, a title say, goes before the columns.
-            if (columns >= 2) {
-                float othersTop = 1e9f;
-                for (std::size_t k = i; k < end; ++k) {
-                    if (blocks[k].column != block.column)
-                        othersTop = std::min(othersTop, blocks[k].box.y0);
-                }
-                if (block.box.y1 <= othersTop)
-                    columns = 0;
-            }
-            if (columns < 2) {
-                writeTabbedBlock(writer, page, layout, block, m_section.left, textRight,
-                                 block.box.y0 - previousBottom, pageBreak, "");
-                pageBreak = false;
-                previousBottom = std::max(previousBottom, block.box.y1);
-                ++i;
-                continue;
-            }
-            // Columns side by side become a section of as many columns, each read in turn.
-            std::vector<Rect> extents(static_cast<std::size_t>(columns));
-            for (std::size_t k = i; k < end; ++k) {
-                if (blocks[k].kind != BlockKind::Rotated)
-                    extents[static_cast<std::size_t>(blocks[k].column)].unite(blocks[k].box);
-            }
-            float gutters = 0;
-            int gaps = 0;
-            for (std::size_t c = 1; c < extents.size(); ++c) {
-                if (!extents[c - 1].empty() && !extents[c].empty()) {
-                    gutters += extents[c].x0 - extents[c - 1].x1;
-                    ++gaps;
-                }
-            }
-            const float gutter = gaps ? std::max(6.0f, gutters / static_cast<float>(gaps)) : 18;
-            std::string& out = writer.out();
-            out += "\\sect\\sectd\\sbknone" + sectionFormat() + "\\cols" + std::to_string(columns) +
-                   "\\colsx" + std::to_string(Twips(gutter)) + "\n";
-            const float bandTop = previousBottom;
-            float bandBottom = previousBottom;
-            float columnBottom = bandTop;
-            int column = blocks[i].column;
-            for (std::size_t k = i; k < end; ++k) {
-                const Block& member = blocks[k];
-                if (member.kind == BlockKind::Rotated) {
-                    writeRotatedShape(writer, member, true);
-                    continue;
-                }
-                const bool newColumn = member.column != column;
-                if (newColumn) {
-                    column = member.column;
-                    columnBottom = bandTop;
-                }
-                const Rect& extent = extents[static_cast<std::size_t>(member.column)];
-                writeTabbedBlock(writer, page, layout, member, extent.x0, extent.x1,
-                                 member.box.y0 - columnBottom, pageBreak,
-                                 newColumn ? "\\column " : "");
-                pageBreak = false;
-                columnBottom = std::max(columnBottom, member.box.y1);
-                bandBottom = std::max(bandBottom, member.box.y1);
-            }
-            writer.out() += "\\sect\\sectd\\sbknone" + sectionFormat() + "\n";
-            previousBottom = bandBottom;
-            i = end;
-        }
-        if (blocks.empty())
-            writer.out() += breakBefore ? "\\pard\\plain\\pagebb\\par\n" : "\\pard\\plain\\par\n";
-    }
-
-    void writeBoxes(RtfWriter& writer, const PageContent& page, const PageLayout& layout,
-                    bool breakBefore)
-    {
-        std::string& out = writer.out();
-        if (breakBefore)
-            out += "\\pard\\plain\\page\\par\n";
-        const auto frame = [&out](const Rect& box, float width, float height, bool exact) {
-            out += "\\pard\\plain\\phpg\\pvpg\\posx" +
-                   std::to_string(Twips(std::max(0.0f, box.x0))) + "\\posy" +
-                   std::to_string(Twips(std::max(0.0f, box.y0))) + "\\absw" +
-                   std::to_string(Twips(width)) + "\\absh" +
-                   std::to_string(exact ? -Twips(height) : Twips(height)) +
-                   "\\dxfrtext0\\dfrmtxtx0\\dfrmtxty0";
-        };
-        for (const Line& number : layout.pleadingNumbers) {
-            frame(number.box, number.box.width() + 4, number.box.height(), false);
-            out += "\\qr ";
-            writer.text(number.glyphs, nullptr);
-            out += "\\par\n";
-        }
-        for (const Block& block : layout.blocks) {
-            if (block.kind == BlockKind::Rotated) {
-                writeRotatedShape(writer, block, true);
-                continue;
-            }
-            if (block.kind == BlockKind::Picture) {
-                const Picture& picture = page.pictures[static_cast<std::size_t>(block.picture)];
-                frame(block.box, block.box.width(), block.box.height(), true);
-                out.push_back(' ');
-                writer.picture(picture, picture.box.width(), picture.box.height());
-                out += "\\par\n";
-                continue;
-            }
-            // Word's fonts are seldom the PDF's: the frame gets room for a substitute's wider
-            // letters, and its height is a minimum, so a line that wraps all the same is shown
-            // rather than cut off.
-            float width = block.box.width();
-            const float height = block.box.height();
-            float scale = 1;
-            if (m_options.shrinkFonts) {
-                width = width * 1.06f + 3;
-                scale = shrinkToFit(block, width, height + 2);
-            } else {
-                width = width * 1.08f + 4;
-            }
-            frame(block.box, width, height, false);
-            alignment(out, block);
-            paragraphSpacing(out, layout, block);
-            tabStops(out, block, block.box.x0);
-            out.push_back(' ');
-            writer.text(block.text, &page.links, scale);
-            out += "\\par\n";
-        }
-    }
-
     // Where the header and footer stand; every new section must say it again.
     std::string runningDistances() const
     {
         std::string out;
-        if (m_headerTop)
-            out += "\\headery" + std::to_string(Twips(*m_headerTop));
-        if (m_footerBottom)
-            out += "\\footery" + std::to_string(Twips(*m_footerBottom));
+        if (m_extents.headerTop)
+            out += "\\headery" + std::to_string(Twips(std::max(*m_extents.headerTop, 6.0f)));
+        if (m_extents.footerBottom)
+            out += "\\footery" + std::to_string(Twips(std::max(*m_extents.footerBottom, 6.0f)));
         return out;
     }
 
@@ -711,9 +459,37 @@ private:
                 std::to_string(Twips(m_section.right));
         head += "\\margt" + std::to_string(Twips(m_section.top)) + "\\margb" +
                 std::to_string(Twips(m_section.bottom));
+        const bool facing = facingPages(m_header) || facingPages(m_footer);
+        if (facing)
+            head += "\\facingp";
         head += "\\viewkind1\n\\sectd" + sectionFormat();
         m_section = current;
-        head += "\n" + m_header + m_footer;
+        const std::string& header = m_header[0].empty() ? m_header[1] : m_header[0];
+        const std::string& footer = m_footer[0].empty() ? m_footer[1] : m_footer[0];
+        // A first page without the running head or foot (a title page) has its own.
+        const bool titlePage =
+            (!header.empty() && !m_firstHasHeader) || (!footer.empty() && !m_firstHasFooter);
+        if (titlePage)
+            head += "\\titlepg";
+        if (m_firstNumber && *m_firstNumber != 1 && *m_firstNumber >= 0)
+            head += "\\pgnrestart\\pgnstarts" + std::to_string(*m_firstNumber);
+        head += "\n";
+        // A running line's group under another name: its text follows the group's first blank.
+        const auto group = [](const std::string& running, const char* name) {
+            if (running.empty())
+                return std::string("{\\") + name + " \\pard\\plain\\par}\n";
+            return std::string("{\\") + name + running.substr(running.find(' '));
+        };
+        if (facing) {
+            head += group(m_header[0], "headerr") + group(m_header[1], "headerl");
+            head += group(m_footer[0], "footerr") + group(m_footer[1], "footerl");
+        } else {
+            head += header + footer;
+        }
+        if (titlePage) {
+            head += group(m_firstHasHeader ? header : std::string(), "headerf");
+            head += group(m_firstHasFooter ? footer : std::string(), "footerf");
+        }
         return head;
     }
 
@@ -728,13 +504,16 @@ private:
     Section m_section;
     Section m_firstSection;
     std::vector<std::pair<int, PageContent>> m_cache;
-    std::string m_header;
-    std::string m_footer;
+    std::string m_header[2];  // of right-hand pages, then of left-hand ones
+    std::string m_footer[2];
     bool m_anything = false;
-    bool m_headerWritten = false;
-    bool m_footerWritten = false;
-    std::optional<float> m_headerTop;
-    std::optional<float> m_footerBottom;
+    bool m_firstHasHeader = false;
+    bool m_firstHasFooter = false;
+    int m_firstPage = 0;               // the PDF page the document starts with
+    std::optional<int> m_firstNumber;  // the number its running head gives that page
+    Extents m_extents;
+    FlowPosition m_flow;
+    bool m_columnsOpen = false;
 };
 
 }  // namespace

@@ -1,7 +1,11 @@
 #include "layout/PageLayout.h"
 
+#include "layout/Bidi.h"
+#include "layout/Decorations.h"
 #include "layout/FontNames.h"
+#include "layout/Hyphenation.h"
 #include "layout/RunningHeads.h"
+#include "layout/Tables.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,6 +91,14 @@ Fragment makeFragment(std::vector<Glyph> glyphs)
     return fragment;
 }
 
+// Dots that lead the eye from an entry to its page number.
+bool isLeader(const Fragment& fragment)
+{
+    return std::all_of(fragment.glyphs.begin(), fragment.glyphs.end(), [](const Glyph& glyph) {
+        return glyph.c == '.' || glyph.c == 0x2026 || glyph.c == 0xb7 || isSpace(glyph.c);
+    });
+}
+
 bool fragmentIsNumber(const Fragment& fragment, int& value)
 {
     if (fragment.glyphs.empty() || fragment.glyphs.size() > 3)
@@ -121,6 +133,9 @@ bool isBold(const Block& block, const std::vector<FontFace>* fonts)
 // edges; a single line by where it stands in the region.
 Alignment alignmentOf(const Block& block, float left, float right)
 {
+    // Tab stops place the parts of a line themselves.
+    if (block.hasTabs())
+        return Alignment::Left;
     const float size = std::max(block.lines.front().size, 1.0f);
     const float tolerance = size * 0.5f;
     if (block.lines.size() >= 2) {
@@ -193,13 +208,189 @@ bool startsItem(const Line& line)
 
 float firstWordWidth(const Line& line)
 {
-    float end = line.box.x0;
+    float width = 0;
     for (const Glyph& glyph : line.glyphs) {
         if (isSpace(glyph.c))
             break;
-        end = glyph.box.x1;
+        width += glyph.box.width();
     }
-    return end - line.box.x0;
+    return width;
+}
+
+// Where the letters that open `glyphs` end.
+std::size_t wordEnd(const std::vector<Glyph>& glyphs)
+{
+    std::size_t end = 0;
+    while (end < glyphs.size() && isLetter(glyphs[end].c))
+        ++end;
+    return end;
+}
+
+// The letters right before `end`, as UTF-8.
+std::string wordBefore(const std::vector<Glyph>& glyphs, std::size_t end)
+{
+    std::size_t start = end;
+    while (start > 0 && isLetter(glyphs[start - 1].c))
+        --start;
+    return ToUtf8(std::vector<Glyph>(glyphs.begin() + static_cast<std::ptrdiff_t>(start),
+                                     glyphs.begin() + static_cast<std::ptrdiff_t>(end)));
+}
+
+// A right-to-left line seen in a mirror, so that it starts on the left like any other; twice
+// mirrored is itself again.
+Rect mirrored(const Rect& box)
+{
+    return Rect{-box.x1, box.y0, -box.x0, box.y1};
+}
+
+Line mirrored(Line line)
+{
+    line.box = mirrored(line.box);
+    for (Glyph& glyph : line.glyphs)
+        glyph.box = mirrored(glyph.box);
+    for (float& stop : line.tabStops)
+        stop = -stop;
+    line.leaderStop = -line.leaderStop;
+    return line;
+}
+
+// The gaps between the words of a line, blank to blank, leaving out its tabs.
+std::vector<float> wordGaps(const Line& line)
+{
+    std::vector<float> gaps;
+    const Glyph* lastInk = nullptr;
+    bool blank = false;
+    for (const Glyph& glyph : line.glyphs) {
+        if (glyph.c == '\t') {
+            lastInk = nullptr;
+            continue;
+        }
+        if (isSpace(glyph.c)) {
+            blank = true;
+            continue;
+        }
+        if (lastInk && blank)
+            gaps.push_back(glyph.box.x0 - lastInk->box.x1);
+        lastInk = &glyph;
+        blank = false;
+    }
+    return gaps;
+}
+
+// A justified line stretches its blanks, sometimes past the width that otherwise tells a
+// column apart. Such a gap is a word space: it is no wider than a few of the line's other
+// word gaps, and no line nearby has a column starting where the next word does.
+void joinJustifiedGaps(std::vector<Line>& lines)
+{
+    constexpr std::size_t Neighbours = 3;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        Line& line = lines[i];
+        if (line.tabStops.empty())
+            continue;
+        const std::vector<float> gaps = wordGaps(line);
+        if (gaps.size() < 2)
+            continue;
+        const float typical = median(gaps, 0);
+        const float size = std::max(line.size, 1.0f);
+        std::vector<float> kept;
+        std::size_t stop = 0;
+        for (Glyph& glyph : line.glyphs) {
+            if (glyph.c != '\t')
+                continue;
+            const float next = line.tabStops[stop++];
+            const float gap = glyph.box.width();
+            bool aligned = false;
+            const std::size_t from = i >= Neighbours ? i - Neighbours : 0;
+            for (std::size_t j = from; j < std::min(lines.size(), i + Neighbours + 1); ++j) {
+                for (float other : lines[j].tabStops)
+                    aligned = aligned || (j != i && std::fabs(other - next) < 2);
+            }
+            if (gap <= size * 3 && gap <= typical * 3 + size * 0.1f && !aligned)
+                glyph.c = ' ';
+            else
+                kept.push_back(next);
+        }
+        line.tabStops = std::move(kept);
+    }
+}
+
+// Dot leaders before a line's closing number ("Introduction . . . . 12") become a tab to a
+// flush-right stop with dot leaders, which keeps the line on one line in any font.
+void markLeader(Line& line)
+{
+    std::vector<Glyph>& glyphs = line.glyphs;
+    std::size_t end = glyphs.size();
+    while (end > 0 && isSpace(glyphs[end - 1].c))
+        --end;
+    std::size_t number = end;
+    while (number > 0 && !isSpace(glyphs[number - 1].c) && glyphs[number - 1].c != '.')
+        --number;
+    if (number == end || end - number > 8)
+        return;
+    std::size_t first = number;
+    int dots = 0;
+    while (first > 0 && (glyphs[first - 1].c == '.' || isSpace(glyphs[first - 1].c))) {
+        dots += glyphs[first - 1].c == '.' ? 1 : 0;
+        --first;
+    }
+    if (dots < 3 || first == 0)
+        return;
+    // Whatever tab stops stood among the dots go with them.
+    const float from = glyphs[first].box.x0;
+    const float to = glyphs[number].box.x0;
+    std::erase_if(line.tabStops,
+                  [&](float stop) { return stop >= from - 0.5f && stop <= to + 0.5f; });
+    Glyph tab = glyphs[first];
+    tab.c = '\t';
+    tab.box.x0 = from;
+    tab.box.x1 = to;
+    tab.link = -1;
+    line.leaderStop = glyphs[end - 1].box.x1;
+    glyphs.erase(glyphs.begin() + static_cast<std::ptrdiff_t>(first),
+                 glyphs.begin() + static_cast<std::ptrdiff_t>(number));
+    glyphs.insert(glyphs.begin() + static_cast<std::ptrdiff_t>(first), tab);
+}
+
+// Letter-spaced words ("L E T T E R"): runs of single letters standing an even gap apart
+// are one word again, the gap kept as letter spacing; a wider gap between them is a blank.
+void joinLetterSpacing(Line& line)
+{
+    std::vector<Glyph>& glyphs = line.glyphs;
+    const auto single = [&glyphs](std::size_t i) {
+        return !isSpace(glyphs[i].c) && (i == 0 || isSpace(glyphs[i - 1].c)) &&
+               (i + 1 == glyphs.size() || isSpace(glyphs[i + 1].c));
+    };
+    std::size_t i = 0;
+    while (i < glyphs.size()) {
+        if (!single(i)) {
+            ++i;
+            continue;
+        }
+        // Single letters, each after one blank.
+        std::vector<std::size_t> letters{i};
+        std::size_t k = i + 2;
+        while (k < glyphs.size() && isSpace(glyphs[k - 1].c) && glyphs[k - 1].c != '\t' &&
+               single(k)) {
+            letters.push_back(k);
+            k += 2;
+        }
+        if (letters.size() < 3) {
+            i = k;
+            continue;
+        }
+        std::vector<float> gaps;
+        for (std::size_t n = 1; n < letters.size(); ++n)
+            gaps.push_back(glyphs[letters[n]].box.x0 - glyphs[letters[n - 1]].box.x1);
+        const float even = median(gaps, 0);
+        // Remove the blanks between evenly spaced letters, last first.
+        for (std::size_t n = letters.size() - 1; n >= 1; --n) {
+            if (gaps[n - 1] <= even * 1.5f + 0.5f) {
+                glyphs[letters[n - 1]].spacing = gaps[n - 1];
+                glyphs.erase(glyphs.begin() + static_cast<std::ptrdiff_t>(letters[n]) - 1);
+            }
+        }
+        i = letters.front() + 1;
+    }
 }
 
 }  // namespace
@@ -264,8 +455,10 @@ std::vector<Fragment> SplitIntoFragments(const TextLine& line)
             continue;
         if (!isSpace(glyph.c)) {
             // A gap of about a character's height or more is no word space: table cells,
-            // columns and pleading numbers start here.
-            if (lastInk && glyph.box.x0 - lastInk->box.x1 > std::max(glyph.size, lastInk->size)) {
+            // columns and pleading numbers start here. Dot leaders are spaced out on purpose.
+            const bool leader = lastInk && lastInk->c == '.' && glyph.c == '.';
+            if (lastInk && !leader &&
+                glyph.box.x0 - lastInk->box.x1 > std::max(glyph.size, lastInk->size)) {
                 Fragment fragment = makeFragment(std::move(current));
                 if (!fragment.glyphs.empty())
                     fragments.push_back(std::move(fragment));
@@ -310,49 +503,64 @@ std::vector<std::pair<float, float>> FindGutters(const std::vector<Fragment>& fr
         for (int x = from; x <= to; ++x)
             ++coverage[static_cast<std::size_t>(x)];
     }
-    // A title or a footer may cross the gutter; a handful of such lines don't close it.
+    // A title or a footer may cross the gutter; a handful of such lines don't close it. The
+    // runs that fewest lines cross are tried first, so a column of only a few lines beside
+    // the gutter is not taken for more gutter.
     const int allowed = std::max(2, static_cast<int>(fragments.size() / 10));
     const float minimumWidth = std::max(6.0f, size * 0.6f);
-    int x = static_cast<int>(width * 0.05f);
+    const int begin = static_cast<int>(width * 0.05f);
     const int stop = static_cast<int>(width * 0.95f);
-    while (x < stop) {
-        if (coverage[static_cast<std::size_t>(x)] > allowed) {
-            ++x;
-            continue;
-        }
-        int end = x;
-        while (end < cells && coverage[static_cast<std::size_t>(end)] <= allowed)
-            ++end;
-        const float start = left + static_cast<float>(x);
-        const float finish = left + static_cast<float>(end);
-        x = end;
-        if (finish - start < minimumWidth || end >= stop)
-            continue;
-        // A real gutter has prose on both sides, side by side on the page.
-        std::vector<float> leftWords;
-        std::vector<float> rightWords;
-        float leftTop = 1e9f, leftBottom = -1e9f, rightTop = 1e9f, rightBottom = -1e9f;
-        for (const Fragment& fragment : fragments) {
-            if (fragment.box.x1 <= start + 1 &&
-                fragment.box.x0 >= (gutters.empty() ? left - 1 : gutters.back().second - 1)) {
-                leftWords.push_back(static_cast<float>(fragment.words));
-                leftTop = std::min(leftTop, fragment.box.y0);
-                leftBottom = std::max(leftBottom, fragment.box.y1);
-            } else if (fragment.box.x0 >= finish - 1) {
-                rightWords.push_back(static_cast<float>(fragment.words));
-                rightTop = std::min(rightTop, fragment.box.y0);
-                rightBottom = std::max(rightBottom, fragment.box.y1);
+    for (int level = 0; level <= allowed; ++level) {
+        int x = begin;
+        while (x < stop) {
+            if (coverage[static_cast<std::size_t>(x)] > level) {
+                ++x;
+                continue;
             }
+            int end = x;
+            while (end < cells && coverage[static_cast<std::size_t>(end)] <= level)
+                ++end;
+            const float start = left + static_cast<float>(x);
+            const float finish = left + static_cast<float>(end);
+            x = end;
+            if (finish - start < minimumWidth || end >= stop)
+                continue;
+            const bool known = std::any_of(gutters.begin(), gutters.end(), [&](const auto& g) {
+                return g.first < finish && g.second > start;
+            });
+            if (known)
+                continue;
+            // A real gutter has prose on both sides, side by side on the page.
+            float bound = left - 1;
+            for (const auto& g : gutters) {
+                if (g.second <= start)
+                    bound = std::max(bound, g.second - 1);
+            }
+            std::vector<float> leftWords;
+            std::vector<float> rightWords;
+            float leftTop = 1e9f, leftBottom = -1e9f, rightTop = 1e9f, rightBottom = -1e9f;
+            for (const Fragment& fragment : fragments) {
+                if (fragment.box.x1 <= start + 1 && fragment.box.x0 >= bound) {
+                    leftWords.push_back(static_cast<float>(fragment.words));
+                    leftTop = std::min(leftTop, fragment.box.y0);
+                    leftBottom = std::max(leftBottom, fragment.box.y1);
+                } else if (fragment.box.x0 >= finish - 1) {
+                    rightWords.push_back(static_cast<float>(fragment.words));
+                    rightTop = std::min(rightTop, fragment.box.y0);
+                    rightBottom = std::max(rightBottom, fragment.box.y1);
+                }
+            }
+            if (leftWords.size() < 3 || rightWords.size() < 3)
+                continue;
+            if (median(leftWords, 0) < 3 || median(rightWords, 0) < 3)
+                continue;
+            const float overlap = std::min(leftBottom, rightBottom) - std::max(leftTop, rightTop);
+            if (overlap < size * 3)
+                continue;
+            gutters.emplace_back(start, finish);
         }
-        if (leftWords.size() < 3 || rightWords.size() < 3)
-            continue;
-        if (median(leftWords, 0) < 3 || median(rightWords, 0) < 3)
-            continue;
-        const float overlap = std::min(leftBottom, rightBottom) - std::max(leftTop, rightTop);
-        if (overlap < size * 3)
-            continue;
-        gutters.emplace_back(start, finish);
     }
+    std::sort(gutters.begin(), gutters.end());
     return gutters;
 }
 
@@ -449,7 +657,16 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
                   [](const Fragment& a, const Fragment& b) { return a.box.x0 < b.box.x0; });
         Line line;
         for (std::size_t i = 0; i < group.size(); ++i) {
-            if (i > 0) {
+            // Dot leaders lead on from the text before them; runs that touch (a raised mark
+            // after its word) or stand a word space apart are one text.
+            const float gap = i > 0 ? group[i].box.x0 - group[i - 1].box.x1 : 0;
+            const float size = i > 0 ? std::max(group[i].size, group[i - 1].size) : 0;
+            if (i > 0 && gap < size * 0.15f && gap > -size) {
+                // nothing between them
+            } else if (i > 0 && (isLeader(group[i]) || gap < size * 0.6f)) {
+                line.glyphs.push_back(
+                    synthetic(group[i].glyphs.front(), ' ', group[i - 1].box.x1, group[i].box.x0));
+            } else if (i > 0) {
                 line.glyphs.push_back(
                     synthetic(group[i].glyphs.front(), '\t', group[i - 1].box.x1, group[i].box.x0));
                 line.tabStops.push_back(group[i].box.x0);
@@ -458,10 +675,30 @@ std::vector<Line> BuildLines(std::vector<Fragment> fragments, bool mergeText)
             line.box.unite(group[i].box);
         }
         line.size = weightedSize(line.glyphs);
+        std::vector<float> baselines;
+        for (const Glyph& glyph : line.glyphs) {
+            if (!isSpace(glyph.c))
+                baselines.push_back(glyph.baseline);
+        }
+        line.baseline = median(std::move(baselines), line.box.y1);
+        // Smaller glyphs raised or lowered from the line (footnote marks, formulas) keep their
+        // shift; turned text, whose every glyph stands on another baseline, keeps none.
+        for (Glyph& glyph : line.glyphs) {
+            const float rise = line.baseline - glyph.baseline;
+            if (!isSpace(glyph.c) && std::fabs(rise) > line.size * 0.15f &&
+                glyph.size < line.size * 0.9f)
+                glyph.rise = rise;
+        }
         lines.push_back(std::move(line));
     }
     std::sort(lines.begin(), lines.end(),
               [](const Line& a, const Line& b) { return a.box.y1 < b.box.y1; });
+    joinJustifiedGaps(lines);
+    for (Line& line : lines) {
+        markLeader(line);
+        joinLetterSpacing(line);
+        line.rightToLeft = ToReadingOrder(line.glyphs);
+    }
     return lines;
 }
 
@@ -471,11 +708,11 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
     if (lines.empty())
         return blocks;
     std::vector<float> steps;
-    float left = lines.front().box.x0;
-    float right = lines.front().box.x1;
+    float regionLeft = lines.front().box.x0;
+    float regionRight = lines.front().box.x1;
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        left = std::min(left, lines[i].box.x0);
-        right = std::max(right, lines[i].box.x1);
+        regionLeft = std::min(regionLeft, lines[i].box.x0);
+        regionRight = std::max(regionRight, lines[i].box.x1);
         if (i > 0) {
             const float step = lines[i].box.y1 - lines[i - 1].box.y1;
             if (step > 0 && step < lines[i].size * 3)
@@ -488,13 +725,18 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
         Block block;
         block.text = line.glyphs;
         block.tabStops = line.tabStops;
+        block.leaderStop = line.leaderStop;
         block.lines.push_back(line);
         block.box = line.box;
+        block.rightToLeft = line.rightToLeft;
         blocks.push_back(std::move(block));
     };
 
-    for (const Line& line : lines) {
-        if (blocks.empty() || !merge) {
+    // Right-to-left lines are joined as their mirror images, which start on the left.
+    for (const Line& original : lines) {
+        const Line line = original.rightToLeft ? mirrored(original) : original;
+        const float right = original.rightToLeft ? -regionLeft : regionRight;
+        if (blocks.empty() || !merge || blocks.back().rightToLeft != line.rightToLeft) {
             startBlock(line);
             continue;
         }
@@ -515,7 +757,7 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
                                std::fabs(previous.box.x0 - line.box.x0) > tolerance;
         const bool shaped = (sameCentre || sameRight) &&
                             (block.lines.size() == 1 || block.alignment != Alignment::Left);
-        bool joins = previous.tabStops.empty() && line.tabStops.empty() &&
+        bool joins = !previous.hasTabs() && !line.hasTabs() &&
                      std::fabs(previous.size - line.size) <= size * 0.15f && step > 0 &&
                      step <= pitch * 1.35f + 0.5f && step <= size * 3 &&
                      (shaped || !shortLine || endsWithHyphen);
@@ -533,11 +775,14 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
             startBlock(line);
             continue;
         }
-        const bool undoHyphen = endsWithHyphen && block.text.size() >= 2 &&
+        const bool brokenWord = endsWithHyphen && block.text.size() >= 2 &&
                                 isLetter(block.text[block.text.size() - 2].c) &&
                                 !line.glyphs.empty() && isLowerLetter(line.glyphs.front().c);
-        if (undoHyphen) {
+        if (brokenWord && !KeepsLineEndHyphen(wordBefore(block.text, block.text.size() - 1),
+                                              wordBefore(line.glyphs, wordEnd(line.glyphs)))) {
             block.text.pop_back();
+        } else if (brokenWord) {
+            // A compound's hyphen stays, and the halves stay together.
         } else if (!block.text.empty() && !isSpace(block.text.back().c)) {
             block.text.push_back(synthetic(block.text.back(), ' ', block.text.back().box.x1,
                                            block.text.back().box.x1));
@@ -555,7 +800,23 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
             block.lineGap = (block.lines.back().box.y1 - block.lines.front().box.y1) /
                             static_cast<float>(block.lines.size() - 1);
         }
-        block.alignment = alignmentOf(block, left, right);
+        if (block.rightToLeft) {
+            // Aligned to the start of a right-to-left line is aligned right.
+            const Alignment seen = alignmentOf(block, -regionRight, -regionLeft);
+            block.alignment = seen == Alignment::Left    ? Alignment::Right
+                              : seen == Alignment::Right ? Alignment::Left
+                                                         : seen;
+            block.box = mirrored(block.box);
+            for (Line& line : block.lines)
+                line = mirrored(std::move(line));
+            for (Glyph& glyph : block.text)
+                glyph.box = mirrored(glyph.box);
+            for (float& stop : block.tabStops)
+                stop = -stop;
+            block.leaderStop = -block.leaderStop;
+        } else {
+            block.alignment = alignmentOf(block, regionLeft, regionRight);
+        }
         const int words = countWords(block.text);
         if (bodySize > 0 && block.lines.size() <= 3 && words <= 20 && words > 0) {
             if (block.size >= bodySize * 1.35f)
@@ -573,6 +834,7 @@ struct Region
 {
     std::vector<Fragment> fragments;
     std::vector<int> pictures;
+    std::vector<int> tables;
     int column = 0;
 };
 
@@ -580,6 +842,7 @@ struct Region
 // column by column, separated by whatever crosses a gutter.
 std::vector<Region> cutRegions(std::vector<Fragment> fragments,
                                const std::vector<Picture>& pictures,
+                               const std::vector<Table>& tables,
                                const std::vector<std::pair<float, float>>& gutters)
 {
     std::vector<Region> regions;
@@ -588,6 +851,8 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         all.fragments = std::move(fragments);
         for (std::size_t i = 0; i < pictures.size(); ++i)
             all.pictures.push_back(static_cast<int>(i));
+        for (std::size_t i = 0; i < tables.size(); ++i)
+            all.tables.push_back(static_cast<int>(i));
         regions.push_back(std::move(all));
         return regions;
     }
@@ -596,12 +861,15 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         Rect box;
         int fragment = -1;
         int picture = -1;
+        int table = -1;
     };
     std::vector<Item> items;
     for (std::size_t i = 0; i < fragments.size(); ++i)
-        items.push_back(Item{fragments[i].box, static_cast<int>(i), -1});
+        items.push_back(Item{fragments[i].box, static_cast<int>(i), -1, -1});
     for (std::size_t i = 0; i < pictures.size(); ++i)
-        items.push_back(Item{pictures[i].box, -1, static_cast<int>(i)});
+        items.push_back(Item{pictures[i].box, -1, static_cast<int>(i), -1});
+    for (std::size_t i = 0; i < tables.size(); ++i)
+        items.push_back(Item{tables[i].box, -1, -1, static_cast<int>(i)});
     std::stable_sort(items.begin(), items.end(),
                      [](const Item& a, const Item& b) { return a.box.y0 < b.box.y0; });
 
@@ -611,7 +879,8 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
     spanning.column = -1;
     const auto flushBand = [&]() {
         for (std::size_t c = 0; c < columns; ++c) {
-            if (!band[c].fragments.empty() || !band[c].pictures.empty()) {
+            if (!band[c].fragments.empty() || !band[c].pictures.empty() ||
+                !band[c].tables.empty()) {
                 band[c].column = static_cast<int>(c);
                 regions.push_back(std::move(band[c]));
             }
@@ -619,7 +888,7 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         }
     };
     const auto flushSpanning = [&]() {
-        if (!spanning.fragments.empty() || !spanning.pictures.empty())
+        if (!spanning.fragments.empty() || !spanning.pictures.empty() || !spanning.tables.empty())
             regions.push_back(std::move(spanning));
         spanning = Region{};
         spanning.column = -1;
@@ -644,8 +913,10 @@ std::vector<Region> cutRegions(std::vector<Fragment> fragments,
         if (item.fragment >= 0)
             target->fragments.push_back(
                 std::move(fragments[static_cast<std::size_t>(item.fragment)]));
-        else
+        else if (item.picture >= 0)
             target->pictures.push_back(item.picture);
+        else
+            target->tables.push_back(item.table);
     }
     flushBand();
     flushSpanning();
@@ -736,18 +1007,57 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         layout.pleadingNumbers = BuildLines(std::move(removed), false);
     }
 
+    // Ruled tables take their text out of the flow; they stand in it as one block each.
+    std::vector<bool> used(page.drawings.size(), false);
+    for (Table& table : FindRuledTables(page.drawings)) {
+        const std::size_t before = fragments.size();
+        FillCells(table, fragments, options.mergeParagraphs);
+        // A grid with no text in it is a drawing, not a table.
+        if (fragments.size() == before)
+            continue;
+        for (std::size_t d : table.drawings)
+            used[d] = true;
+        layout.tables.push_back(std::move(table));
+    }
+
+    DecorateRuns(fragments, page.drawings, used);
+
     std::vector<std::pair<float, float>> gutters;
     if (options.documentType == 2)
         gutters = FindGutters(fragments);
     layout.columns = static_cast<int>(gutters.size()) + 1;
 
     std::vector<float> steps;
-    for (Region& region : cutRegions(std::move(fragments), page.pictures, gutters)) {
+    const std::vector<Table> ruled = layout.tables;
+    for (Region& region : cutRegions(std::move(fragments), page.pictures, ruled, gutters)) {
         std::vector<Line> lines = BuildLines(std::move(region.fragments), options.mergeText);
         for (std::size_t i = 1; i < lines.size(); ++i) {
             const float step = lines[i].box.y1 - lines[i - 1].box.y1;
             if (step > 0 && step < lines[i].size * 3)
                 steps.push_back(step / std::max(lines[i].size, 1.0f));
+        }
+        // Lines that line up in columns are an unruled table; the rest are paragraphs.
+        std::vector<Block> tables;
+        std::vector<TableRun> runs = FindUnruledTables(lines, options.mergeParagraphs);
+        for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+            DressTable(run->table, page.drawings, used);
+            for (std::size_t d : run->table.drawings)
+                used[d] = true;
+            Block block;
+            block.kind = BlockKind::Table;
+            block.table = static_cast<int>(layout.tables.size());
+            block.box = run->table.box;
+            tables.push_back(std::move(block));
+            layout.tables.push_back(std::move(run->table));
+            lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(run->first),
+                        lines.begin() + static_cast<std::ptrdiff_t>(run->last) + 1);
+        }
+        for (int index : region.tables) {
+            Block block;
+            block.kind = BlockKind::Table;
+            block.table = index;
+            block.box = layout.tables[static_cast<std::size_t>(index)].box;
+            tables.push_back(std::move(block));
         }
         std::vector<Block> blocks =
             BuildParagraphs(lines, options.mergeParagraphs, layout.bodySize);
@@ -770,10 +1080,17 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
             picture.kind = BlockKind::Picture;
             picture.picture = index;
             picture.box = page.pictures[static_cast<std::size_t>(index)].box;
-            const auto at = std::find_if(blocks.begin(), blocks.end(), [&picture](const Block& b) {
-                return b.box.centreY() > picture.box.centreY();
+            tables.push_back(std::move(picture));
+        }
+        // Tables and pictures go where their middle stands among the paragraphs.
+        std::stable_sort(tables.begin(), tables.end(), [](const Block& a, const Block& b) {
+            return a.box.centreY() < b.box.centreY();
+        });
+        for (Block& placed : tables) {
+            const auto at = std::find_if(blocks.begin(), blocks.end(), [&placed](const Block& b) {
+                return b.box.centreY() > placed.box.centreY();
             });
-            blocks.insert(at, std::move(picture));
+            blocks.insert(at, std::move(placed));
         }
         for (Block& block : blocks) {
             block.column = region.column;
@@ -789,6 +1106,12 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         layout.blocks.insert(at, std::move(block));
     }
     layout.doubleSpaced = options.documentType == 3 && median(steps, 1.2f) >= 1.7f;
+    if (options.paragraphBoxes)
+        BoxParagraphs(layout.blocks, page.drawings, used);
+    for (std::size_t d = 0; d < page.drawings.size(); ++d) {
+        if (!used[d])
+            layout.drawings.push_back(d);
+    }
     return layout;
 }
 

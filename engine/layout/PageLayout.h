@@ -20,6 +20,7 @@ struct LayoutOptions final
     bool rotatedAsShapes = false;                // rotated text kept apart as its own block
     float bodySize = 0;                          // the document's body text size; 0: the page's own
     const RunningHeads* runningHeads = nullptr;  // lines to move to the header and footer
+    bool paragraphBoxes = true;  // a box drawn around paragraphs becomes their border
 };
 
 // A run of glyphs on one baseline with no wide gap inside.
@@ -37,11 +38,25 @@ struct Line final
 {
     std::vector<Glyph> glyphs;
     std::vector<float> tabStops;
+    // A flush-right stop with dot leaders at this x for the line's last '\t' (a table of
+    // contents' page number); 0 when there is none.
+    float leaderStop = 0;
     Rect box;
     float size = 0;
+    float baseline = 0;        // where most of its glyphs stand
+    bool rightToLeft = false;  // its glyphs are in reading order, right to left on the page
+
+    bool hasTabs() const { return !tabStops.empty() || leaderStop > 0; }
 };
 
-enum class BlockKind { Paragraph, Heading1, Heading2, Picture, Rotated };
+// One side of a cell: a rule of `width` points, none when 0.
+struct CellBorder final
+{
+    float width = 0;
+    uint32_t colour = 0;
+};
+
+enum class BlockKind { Paragraph, Heading1, Heading2, Picture, Rotated, Table };
 
 enum class Alignment { Left, Centre, Right, Justify };
 
@@ -52,19 +67,58 @@ struct Block final
     // merged, or one line.
     std::vector<Glyph> text;
     std::vector<float> tabStops;
+    float leaderStop = 0;
     std::vector<Line> lines;  // the lines it was made of, for their geometry
     Rect box;
     float size = 0;
     float lineGap = 0;  // baseline-to-baseline distance of its lines; 0 for a single line
     int picture = -1;   // index into the page's pictures
+    int table = -1;     // index into the layout's tables
     float angle = 0;    // degrees, counter-clockwise, for rotated text
     int column = 0;     // region of the page it came from, for exact placement
     Alignment alignment = Alignment::Left;
+    bool rightToLeft = false;
+    // A drawn box around the paragraph: its border, `padding` points from the text, and
+    // the fill inside it.
+    CellBorder border;
+    float padding = 0;
+    bool shaded = false;
+    uint32_t shading = 0;
+
+    bool hasTabs() const { return !tabStops.empty() || leaderStop > 0; }
+};
+
+struct TableCell final
+{
+    int row = 0;
+    int column = 0;
+    int rowSpan = 1;
+    int columnSpan = 1;
+    std::vector<Block> paragraphs;
+    bool shaded = false;
+    uint32_t shading = 0;
+    CellBorder top;
+    CellBorder left;
+    CellBorder bottom;
+    CellBorder right;
+};
+
+struct Table final
+{
+    std::vector<float> columns;    // each column's left edge, then the last one's right edge
+    std::vector<float> rows;       // each row's top, then the last one's bottom
+    std::vector<TableCell> cells;  // row by row, left to right
+    Rect box;
+    std::vector<std::size_t> drawings;  // the page's drawings it was made of
+    bool ruled = false;                 // drawn as a grid of rules
 };
 
 struct PageLayout final
 {
     std::vector<Block> blocks;  // reading order
+    std::vector<Table> tables;
+    // The page's drawings left to be drawn as shapes once tables took their rules and fills.
+    std::vector<std::size_t> drawings;
     std::vector<Line> pleadingNumbers;
     std::vector<Line> header;
     std::vector<Line> footer;

@@ -10,8 +10,9 @@
 
 namespace velmora {
 
-// A line's text with every run of digits as '#', letters in lower case and blanks folded,
-// so that "Page 3 of 10" and "Page 4 of 10" read alike.
+// A line's text with every number that stands alone as '#', blanks folded and its type size
+// after an '@', so that "Page 3 of 10" and "Page 4 of 10" read alike while "A4" and "A5", or
+// a large title and the small running head with its words, do not.
 std::string RunningPattern(const std::vector<Glyph>& glyphs);
 
 class RunningHeads final

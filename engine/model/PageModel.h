@@ -62,6 +62,15 @@ struct Glyph final
     int font = 0;         // index into the document's font list
     uint32_t colour = 0;  // 0xRRGGBB
     int link = -1;        // index into the page's links, -1 when not part of a link
+    // What drawings do to it: a line under or through it, a fill behind it.
+    bool underline = false;
+    bool strike = false;
+    bool highlighted = false;
+    uint32_t highlight = 0;   // 0xRRGGBB
+    float rise = 0;           // points above its line's baseline: superscripts, subscripts below
+    float spacing = 0;        // points of letter spacing after it
+    bool hidden = false;      // drawn invisibly, as a scan's text layer is
+    bool monospaced = false;  // of a fixed-width font, which word processors set 0.6 em wide
 };
 
 // A run of glyphs along one baseline, as MuPDF found it.
@@ -122,6 +131,8 @@ struct PageContent final
     // The page's other vector graphics (curves, polygons, shadings, or a drawing too dense to
     // keep as shapes) as one transparent picture, laid behind the text.
     std::vector<Picture> artwork;
+    // Where text is drawn invisibly: a scanned page's recognised text, laid over the scan.
+    std::vector<Rect> hiddenText;
 };
 
 }  // namespace velmora

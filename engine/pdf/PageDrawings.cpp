@@ -117,6 +117,7 @@ struct Collector
     fz_device super;
     std::vector<fz_rect> clips;
     std::vector<fz_rect> text;
+    std::vector<fz_rect> hidden;
     std::vector<Drawing> drawings;
     fz_rect artwork;
     fz_rect page;
@@ -214,6 +215,11 @@ void collectStrokeText(fz_context* ctx, fz_device* device, const fz_text* text,
                        float, fz_color_params)
 {
     collector(device)->text.push_back(fz_bound_text(ctx, text, stroke, ctm));
+}
+
+void collectHiddenText(fz_context* ctx, fz_device* device, const fz_text* text, fz_matrix ctm)
+{
+    collector(device)->hidden.push_back(fz_bound_text(ctx, text, nullptr, ctm));
 }
 
 void collectClipPath(fz_context* ctx, fz_device* device, const fz_path* path, int, fz_matrix ctm,
@@ -449,6 +455,7 @@ void CollectDrawings(fz_context* ctx, fz_display_list* list, const fz_rect& boun
     // before MuPDF frees it.
     new (&self->clips) std::vector<fz_rect>();
     new (&self->text) std::vector<fz_rect>();
+    new (&self->hidden) std::vector<fz_rect>();
     new (&self->drawings) std::vector<Drawing>();
     self->artwork = fz_empty_rect;
     self->page = bounds;
@@ -457,6 +464,7 @@ void CollectDrawings(fz_context* ctx, fz_display_list* list, const fz_rect& boun
     device->stroke_path = collectStroke;
     device->fill_text = collectText;
     device->stroke_text = collectStrokeText;
+    device->ignore_text = collectHiddenText;
     device->clip_path = collectClipPath;
     device->clip_stroke_path = collectClipStroke;
     device->clip_text = collectClipText;
@@ -466,18 +474,21 @@ void CollectDrawings(fz_context* ctx, fz_display_list* list, const fz_rect& boun
     device->pop_clip = collectPopClip;
     device->fill_shade = collectShade;
     std::vector<Drawing> drawings;
+    std::vector<fz_rect> hidden;
     fz_rect artwork = fz_empty_rect;
     fz_try(ctx)
     {
         fz_run_display_list(ctx, list, device, fz_identity, fz_infinite_rect, cookie);
         fz_close_device(ctx, device);
         drawings = std::move(self->drawings);
+        hidden = std::move(self->hidden);
         artwork = self->artwork;
     }
     fz_always(ctx)
     {
         self->clips.~vector();
         self->text.~vector();
+        self->hidden.~vector();
         self->drawings.~vector();
         fz_drop_device(ctx, device);
     }
@@ -485,6 +496,8 @@ void CollectDrawings(fz_context* ctx, fz_display_list* list, const fz_rect& boun
     {
         fz_rethrow(ctx);
     }
+    for (const fz_rect& box : hidden)
+        page.hiddenText.push_back(Rect{box.x0 + dx, box.y0 + dy, box.x1 + dx, box.y1 + dy});
     const bool dense = drawings.size() > MaxShapes;
     if (dense) {
         for (const Drawing& drawing : drawings)

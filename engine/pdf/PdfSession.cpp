@@ -2,6 +2,7 @@
 
 #include "pdf/ImageCodec.h"
 #include "pdf/PageDrawings.h"
+#include "pdf/PagePictures.h"
 
 extern "C" {
 #include <mupdf/fitz.h>
@@ -248,99 +249,6 @@ int PdfSession::pageCount()
 
 namespace {
 
-// The picture as 8-bit RGB, decoded at about the size `wanted` asks for. Null when MuPDF
-// fails; `memory` tells whether it failed for want of memory.
-fz_pixmap* decodeRgb(fz_context* ctx, fz_image* image, fz_matrix wanted, bool& memory,
-                     std::string& message)
-{
-    fz_pixmap* source = nullptr;
-    fz_pixmap* rgb = nullptr;
-    fz_var(source);
-    fz_var(rgb);
-    fz_try(ctx)
-    {
-        int w = 0;
-        int h = 0;
-        source = fz_get_pixmap_from_image(ctx, image, nullptr, &wanted, &w, &h);
-        if (source->n - source->alpha == 3 && !source->alpha &&
-            fz_colorspace_is_rgb(ctx, source->colorspace)) {
-            rgb = fz_keep_pixmap(ctx, source);
-        } else if (source->colorspace) {
-            rgb = fz_convert_pixmap(ctx, source, fz_device_rgb(ctx), nullptr, nullptr,
-                                    fz_default_color_params, 0);
-        } else {
-            // An alpha-only mask: show it as black on white.
-            rgb = fz_new_pixmap(ctx, fz_device_rgb(ctx), source->w, source->h, nullptr, 0);
-            for (int y = 0; y < source->h; ++y) {
-                const unsigned char* s =
-                    source->samples + static_cast<std::ptrdiff_t>(y) * source->stride;
-                unsigned char* d = rgb->samples + static_cast<std::ptrdiff_t>(y) * rgb->stride;
-                for (int x = 0; x < source->w; ++x) {
-                    const auto v = static_cast<unsigned char>(255 - s[x * source->n]);
-                    d[3 * x] = d[3 * x + 1] = d[3 * x + 2] = v;
-                }
-            }
-        }
-    }
-    fz_always(ctx)
-    {
-        fz_drop_pixmap(ctx, source);
-    }
-    fz_catch(ctx)
-    {
-        memory = fz_caught(ctx) == FZ_ERROR_MEMORY;
-        message = fz_caught_message(ctx);
-        return nullptr;
-    }
-    return rgb;
-}
-
-// Decodes one picture at no more than the resolution it needs and encodes it for the
-// document. A damaged picture is left out; the memory ceiling ends the run.
-bool encodePicture(fz_context* ctx, fz_image* image, const fz_matrix& transform,
-                   const PictureOptions& options, Picture& out)
-{
-    const fz_rect box = fz_transform_rect(fz_unit_rect, transform);
-    const float widthPt = box.x1 - box.x0;
-    const float heightPt = box.y1 - box.y0;
-    if (!(widthPt > 0.5f) || !(heightPt > 0.5f))
-        return false;
-    const float scale = static_cast<float>(options.maxDpi) / 72.0f;
-    bool memory = false;
-    std::string message;
-    fz_pixmap* rgb =
-        decodeRgb(ctx, image, fz_scale(widthPt * scale, heightPt * scale), memory, message);
-    if (!rgb) {
-        if (memory)
-            throw PdfError("picture too large: " + message);
-        return false;
-    }
-    // A pixmap converted with alpha dropped has three components per pixel.
-    const int width = rgb->w;
-    const int height = rgb->h;
-    bool ok = true;
-    if (rgb->n != 3) {
-        ok = false;
-    } else if (options.jpeg) {
-        auto jpeg = EncodeJpeg(rgb->samples, width, height, static_cast<int>(rgb->stride),
-                               options.jpegQuality);
-        if (jpeg) {
-            out.kind = PictureKind::Jpeg;
-            out.data = std::move(*jpeg);
-        } else {
-            ok = false;
-        }
-    } else {
-        out.kind = PictureKind::Dib;
-        out.data = EncodeDib(rgb->samples, width, height, static_cast<int>(rgb->stride));
-    }
-    fz_drop_pixmap(ctx, rgb);
-    out.pixelWidth = width;
-    out.pixelHeight = height;
-    out.box = toRect(box);
-    return ok;
-}
-
 // Dropped on every way out, also when a picture throws halfway through the page.
 struct PageResources
 {
@@ -358,8 +266,8 @@ struct PageResources
     }
 };
 
-void loadPage(fz_context* ctx, fz_document* doc, int index, bool withPictures, PageResources& held,
-              fz_rect& bounds, fz_cookie* cookie)
+void loadPage(fz_context* ctx, fz_document* doc, int index, PageResources& held, fz_rect& bounds,
+              fz_cookie* cookie)
 {
     fz_device* device = nullptr;
     fz_device* recorder = nullptr;
@@ -375,7 +283,7 @@ void loadPage(fz_context* ctx, fz_document* doc, int index, bool withPictures, P
         fz_run_page(ctx, held.page, recorder, fz_identity, cookie);
         fz_close_device(ctx, recorder);
         fz_stext_options options{};
-        options.flags = FZ_STEXT_MEDIABOX_CLIP | (withPictures ? FZ_STEXT_PRESERVE_IMAGES : 0);
+        options.flags = FZ_STEXT_MEDIABOX_CLIP;
         held.text = fz_new_stext_page(ctx, bounds);
         device = fz_new_stext_device(ctx, held.text, &options);
         fz_run_display_list(ctx, held.list, device, fz_identity, fz_infinite_rect, cookie);
@@ -404,7 +312,7 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
         throw PdfError("no document is open");
     PageResources held{ctx};
     fz_rect bounds = fz_empty_rect;
-    loadPage(ctx, &m_impl->doc->super, index, pictures.extract, held, bounds, &m_impl->cookie);
+    loadPage(ctx, &m_impl->doc->super, index, held, bounds, &m_impl->cookie);
     fz_stext_page* text = held.text;
     fz_link* links = held.links;
 
@@ -434,6 +342,11 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
             throw PdfError("stopped: the document takes too long to read");
     }
 
+    if (pictures.extract)
+        CollectPictures(ctx, held.list, bounds, dx, dy, pictures, content, &m_impl->cookie);
+    if (m_impl->cookie.abort)
+        throw PdfError("stopped: the document takes too long to read");
+
     for (fz_link* link = links; link; link = link->next) {
         if (isWebLink(link->uri))
             content.links.push_back(Link{shift(toRect(link->rect)), link->uri});
@@ -441,15 +354,8 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
 
     fz_font* lastFont = nullptr;
     int lastFontIndex = 0;
+    bool lastMonospaced = false;
     for (fz_stext_block* block = text->first_block; block; block = block->next) {
-        if (block->type == FZ_STEXT_BLOCK_IMAGE) {
-            Picture picture;
-            if (encodePicture(ctx, block->u.i.image, block->u.i.transform, pictures, picture)) {
-                picture.box = shift(picture.box);
-                content.pictures.push_back(std::move(picture));
-            }
-            continue;
-        }
         if (block->type != FZ_STEXT_BLOCK_TEXT)
             continue;
         for (fz_stext_line* line = block->u.t.first_line; line; line = line->next) {
@@ -462,6 +368,7 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                 Glyph glyph;
                 glyph.c = static_cast<char32_t>(ch->c);
                 glyph.box = shift(toRect(fz_rect_from_quad(ch->quad)));
+                glyph.baseline = ch->origin.y + dy;
                 glyph.size = ch->size;
                 glyph.colour = static_cast<uint32_t>(ch->color) & 0xffffff;
                 if (ch->font != lastFont) {
@@ -473,12 +380,22 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                     face.serif = fz_font_is_serif(ctx, ch->font) != 0;
                     lastFont = ch->font;
                     lastFontIndex = fonts.indexOf(face);
+                    lastMonospaced = face.monospaced;
                 }
                 glyph.font = lastFontIndex;
+                glyph.monospaced = lastMonospaced;
                 out.glyphs.push_back(glyph);
             }
             if (!out.glyphs.empty())
                 content.lines.push_back(std::move(out));
+        }
+    }
+    for (TextLine& line : content.lines) {
+        for (Glyph& glyph : line.glyphs) {
+            glyph.hidden = std::any_of(
+                content.hiddenText.begin(), content.hiddenText.end(), [&glyph](const Rect& box) {
+                    return box.contains(glyph.box.centreX(), glyph.box.centreY());
+                });
         }
     }
     // Each glyph learns the web link it lies in, so the writer can wrap it in a field.

@@ -1,5 +1,7 @@
 #include "rtf/RtfWriter.h"
 
+#include "layout/Bidi.h"
+
 #include <cmath>
 #include <cstdio>
 
@@ -189,10 +191,20 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
         // A run: same face, size and colour; a tab or blank carries on the run before it.
         std::size_t end = i + 1;
         int charset = CharsetFor(first.c);
+        bool rightToLeft = IsRightToLeft(first.c);
         while (end < glyphs.size()) {
             const Glyph& g = glyphs[end];
+            // Right-to-left words are runs of their own, marked as such.
+            const bool latin = (g.c >= 'A' && g.c <= 'Z') || (g.c >= 'a' && g.c <= 'z');
+            if ((IsRightToLeft(g.c) && !rightToLeft && end > i) || (latin && rightToLeft))
+                break;
+            rightToLeft = rightToLeft || IsRightToLeft(g.c);
             if (g.font != first.font || std::fabs(g.size - first.size) > 0.01f ||
-                g.colour != first.colour || g.link != first.link)
+                g.colour != first.colour || g.link != first.link ||
+                g.underline != first.underline || g.strike != first.strike ||
+                g.highlighted != first.highlighted || g.highlight != first.highlight ||
+                std::fabs(g.rise - first.rise) > 0.01f ||
+                std::fabs(g.spacing - first.spacing) > 0.01f)
                 break;
             if (charset == 0)
                 charset = CharsetFor(g.c);
@@ -223,13 +235,27 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
             style = FontStyle{"Times New Roman", false, false, FontKind::Roman};
         const int fontIndex = m_tables.font(style, charset);
         const long halfPoints = std::max(2L, std::lround(first.size * sizeScale * 2));
-        m_out += "{\\f" + std::to_string(fontIndex) + "\\fs" + std::to_string(halfPoints);
+        m_out += "{";
+        if (rightToLeft)
+            m_out +=
+                "\\rtlch\\af" + std::to_string(fontIndex) + "\\afs" + std::to_string(halfPoints);
+        m_out += "\\f" + std::to_string(fontIndex) + "\\fs" + std::to_string(halfPoints);
         if (style.bold)
             m_out += "\\b";
         if (style.italic)
             m_out += "\\i";
-        if (link >= 0)
+        if (link >= 0 || first.underline)
             m_out += "\\ul";
+        if (first.strike)
+            m_out += "\\strike";
+        if (first.rise > 0)
+            m_out += "\\up" + std::to_string(std::lround(first.rise * 2));
+        else if (first.rise < 0)
+            m_out += "\\dn" + std::to_string(std::lround(-first.rise * 2));
+        if (first.spacing > 0)
+            m_out += "\\expndtw" + std::to_string(Twips(first.spacing));
+        if (first.highlighted)
+            m_out += "\\chcbpat" + std::to_string(m_tables.colour(first.highlight));
         if (first.colour != 0)
             m_out += "\\cf" + std::to_string(m_tables.colour(first.colour));
         m_out.push_back(' ');
@@ -281,15 +307,18 @@ namespace velmora {
 
 namespace {
 
-// The opening of a shape at `box` on the page; its properties follow.
-std::string shapeStart(const Rect& box, bool behind)
+// The opening of a shape at `box`; its properties follow. A word processor reads "behind
+// the text" from the fBehindDocument property as well as from \shpfblwtxt.
+std::string shapeStart(const Rect& box, bool behind, const ShapeAnchor& anchor)
 {
-    return "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(Twips(box.x0)) + "\\shptop" +
-           std::to_string(Twips(box.y0)) + "\\shpright" + std::to_string(Twips(box.x1)) +
-           "\\shpbottom" + std::to_string(Twips(box.y1)) +
-           "\\shpfhdr0\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore\\shpwr3\\shpwrk0"
-           "\\shpfblwtxt" +
-           (behind ? "1" : "0") + "\\shpz0";
+    const float dx = anchor.paragraph ? anchor.left : 0;
+    const float dy = anchor.paragraph ? anchor.top : 0;
+    return "{\\shp{\\*\\shpinst\\shpleft" + std::to_string(Twips(box.x0 - dx)) + "\\shptop" +
+           std::to_string(Twips(box.y0 - dy)) + "\\shpright" + std::to_string(Twips(box.x1 - dx)) +
+           "\\shpbottom" + std::to_string(Twips(box.y1 - dy)) + "\\shpfhdr0" +
+           (anchor.paragraph ? "\\shpbxmargin\\shpbxignore\\shpbypara\\shpbyignore"
+                             : "\\shpbxpage\\shpbxignore\\shpbypage\\shpbyignore") +
+           "\\shpwr3\\shpwrk0\\shpfblwtxt" + (behind ? "1" : "0") + "\\shpz0";
 }
 
 std::string property(const char* name, long value)
@@ -305,11 +334,13 @@ long colourRef(uint32_t rgb)
 
 }  // namespace
 
-void RtfWriter::shape(const Drawing& drawing)
+void RtfWriter::shape(const Drawing& drawing, const ShapeAnchor& anchor)
 {
     const bool line = drawing.kind == Drawing::Kind::Line;
-    m_out += shapeStart(drawing.box, !drawing.inFront);
+    m_out += shapeStart(drawing.box, !drawing.inFront, anchor);
     m_out += property("shapeType", line ? 20 : 1);
+    if (!drawing.inFront)
+        m_out += property("fBehindDocument", 1);
     if (line && drawing.rising)
         m_out += property("fFlipV", 1);
     m_out += property("fFilled", drawing.filled && !line ? 1 : 0);
@@ -324,10 +355,12 @@ void RtfWriter::shape(const Drawing& drawing)
     m_out += "}}";
 }
 
-void RtfWriter::pictureShape(const Picture& picture)
+void RtfWriter::pictureShape(const Picture& picture, bool behind, const ShapeAnchor& anchor)
 {
-    m_out += shapeStart(picture.box, true);
+    m_out += shapeStart(picture.box, behind, anchor);
     m_out += property("shapeType", 75);
+    if (behind)
+        m_out += property("fBehindDocument", 1);
     m_out += property("fLine", 0);
     m_out += "{\\sp{\\sn pib}{\\sv ";
     this->picture(picture, picture.box.width(), picture.box.height());

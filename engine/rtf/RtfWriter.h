@@ -22,6 +22,15 @@ long Twips(float points);
 void AppendEscaped(std::string& out, char32_t c);
 void AppendEscaped(std::string& out, const std::string& utf8Text);
 
+// Where a shape is placed from: the page's corner, or the left margin and the top of the
+// paragraph that holds it (at `left`, `top` in page points), so it moves with its text.
+struct ShapeAnchor final
+{
+    bool paragraph = false;
+    float left = 0;
+    float top = 0;
+};
+
 class RtfTables final
 {
 public:
@@ -49,6 +58,10 @@ public:
     RtfWriter(RtfTables& tables, const std::vector<FontFace>& faces, bool adjustFontNames);
 
     std::string& out() { return m_out; }
+    // The colour table's index of `rgb`.
+    int colour(uint32_t rgb) { return m_tables.colour(rgb); }
+    // A writer of the same document with nothing written yet, for pieces put in place later.
+    RtfWriter fresh() const { return RtfWriter(m_tables, m_faces, m_adjust); }
 
     // Styled text: runs of one font, size and colour; glyphs of a web link inside a
     // HYPERLINK field. `sizeScale` shrinks every size by that factor.
@@ -56,10 +69,10 @@ public:
               float sizeScale = 1);
     // A picture shown at widthPt x heightPt points.
     void picture(const Picture& picture, float widthPt, float heightPt);
-    // A drawing as a shape placed on the page, behind the text or in front of it.
-    void shape(const Drawing& drawing);
-    // A picture as a shape placed on the page at its box, behind the text.
-    void pictureShape(const Picture& picture);
+    // A drawing as a shape at its place, behind the text or in front of it.
+    void shape(const Drawing& drawing, const ShapeAnchor& anchor = {});
+    // A picture as a shape at its box, behind the text or in front of it.
+    void pictureShape(const Picture& picture, bool behind = true, const ShapeAnchor& anchor = {});
 
 private:
     RtfTables& m_tables;

@@ -105,6 +105,14 @@ QString FlatText(const QString& path)
     return xml;
 }
 
+std::size_t Occurrences(const std::string& text, const std::string& piece)
+{
+    std::size_t count = 0;
+    for (std::size_t at = text.find(piece); at != std::string::npos; at = text.find(piece, at + 1))
+        ++count;
+    return count;
+}
+
 struct Case
 {
     std::string fixture;
@@ -154,12 +162,13 @@ TEST(Fidelity, WordsPicturesLinksAndOrderSurviveAWordProcessor)
         ASSERT_EQ(result.exitCode, 0)
             << c.fixture << " " << c.method << ": " << result.err.toStdString();
         const std::string body = ReadFile(rtf).toStdString();
-        std::size_t pictures = 0;
-        for (std::size_t at = body.find("{\\pict"); at != std::string::npos;
-             at = body.find("{\\pict", at + 1))
-            ++pictures;
-        EXPECT_EQ(pictures, static_cast<std::size_t>(fixture.images))
+        EXPECT_EQ(Occurrences(body, "{\\pict"), static_cast<std::size_t>(fixture.images))
             << c.fixture << " " << c.method;
+        // Columns lined up over six rows are a table of six rows of four cells.
+        if (c.fixture == "table" && c.method != 2) {
+            EXPECT_EQ(Occurrences(body, "\\row"), 6u) << c.method;
+            EXPECT_EQ(Occurrences(body, "\\cellx"), 24u) << c.method;
+        }
         // Frames don't reach LibreOffice's plain-text export, so method 2 is read from its
         // own flat file format.
         (c.method == 2 ? odtFiles : textFiles).push_back(rtf);
@@ -234,21 +243,59 @@ TEST(Fidelity, PagesKeepTheirSizesDrawingsAndKindsOfFont)
              {"\\pgwsxn12240\\pghsxn15840", "\\pgwsxn11900\\pghsxn16840",
               "\\pgwsxn16840\\pghsxn11900\\lndscpsxn", "\\pgwsxn8400\\pghsxn11900"})
             EXPECT_NE(body.find(section), std::string::npos) << method << " " << section;
+        // The report's line at every foot is its running foot; titles that differ by a word
+        // are no running head.
+        EXPECT_NE(body.find("{\\footer"), std::string::npos) << method;
+        EXPECT_EQ(body.find("{\\header"), std::string::npos) << method;
         printed += rtf;
     }
-    // Drawings are shapes at their place; fonts carry their kind.
-    const QString drawings = convert("drawings", 2);
-    const std::string shapes = ReadFile(drawings).toStdString();
-    EXPECT_NE(shapes.find("{\\sp{\\sn shapeType}{\\sv 20}}"), std::string::npos);
-    EXPECT_NE(shapes.find("{\\sp{\\sn fillColor}{\\sv 8408371}}"), std::string::npos);  // header
-    EXPECT_NE(shapes.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
-    EXPECT_NE(shapes.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
+    // A ruled table is a table in every method, its rules cell borders and its fills cell
+    // shading (the dark header and three grey rows); with text boxes it sits in one box.
+    // Other drawings are shapes at their place; fonts carry their kind.
+    for (int method : {1, 2, 3}) {
+        const std::string rtf = ReadFile(convert("drawings", method)).toStdString();
+        EXPECT_EQ(Occurrences(rtf, "\\row"), 6u) << method;
+        EXPECT_EQ(Occurrences(rtf, "\\cellx"), 24u) << method;
+        EXPECT_EQ(Occurrences(rtf, "\\clcbpat"), 16u) << method;
+        EXPECT_EQ(Occurrences(rtf, "\\clbrdrt\\brdrs"), 24u) << method;
+        EXPECT_NE(rtf.find("\\red51\\green77\\blue128;"), std::string::npos) << method;
+        EXPECT_EQ(rtf.find("{\\shptxt \\trowd") != std::string::npos, method == 2) << method;
+        EXPECT_NE(rtf.find("{\\sp{\\sn shapeType}{\\sv 20}}"), std::string::npos) << method;
+        // A drawn underline is the run's underline; a drawn box the paragraph's border.
+        EXPECT_NE(rtf.find("\\ul "), std::string::npos) << method;
+        EXPECT_EQ(rtf.find("\\box\\brdrs") != std::string::npos, method != 2) << method;
+        EXPECT_NE(rtf.find("\\fswiss\\fcharset0 Arial;"), std::string::npos);
+        EXPECT_NE(rtf.find("\\froman\\fcharset0 Times New Roman;"), std::string::npos);
+    }
+    // Pictures keep their transparency (the round fade, the turned one's corners, the ring).
+    const std::string transformed = ReadFile(convert("transforms", 1)).toStdString();
+    EXPECT_EQ(Occurrences(transformed, "{\\pict"), 6u);
+    EXPECT_EQ(Occurrences(transformed, "\\pngblip"), 3u);
     const std::string code = ReadFile(convert("footnotes", 3)).toStdString();
     EXPECT_NE(code.find("\\fmodern\\fprq1\\fcharset0 Courier New;"), std::string::npos);
-    printed += drawings;
+    // The footnote mark stands raised, H2O's 2 lowered, and "L E T T E R" is one spaced word.
+    EXPECT_NE(code.find("\\up8 1"), std::string::npos);
+    EXPECT_NE(code.find("\\dn4 2"), std::string::npos);
+    EXPECT_NE(code.find("\\expndtw120 LETTE}"), std::string::npos);
+    // A scan's hidden text is the text, the scan one picture in front of it.
+    const std::string scan = ReadFile(convert("scan", 1)).toStdString();
+    EXPECT_EQ(Occurrences(scan, "{\\pict"), 1u);
+    EXPECT_NE(scan.find("\\shpfblwtxt0\\shpz0{\\sp{\\sn shapeType}{\\sv 75}}"), std::string::npos);
+    printed += dir.filePath("drawings-2.rtf");
+
+    // Hebrew, stored left to right on the page, reads from right to left in the word processor.
+    const QStringList hebrew{convert("hebrew", 1), convert("hebrew", 3)};
+    for (const QString& rtf : hebrew)
+        EXPECT_NE(ReadFile(rtf).toStdString().find("\\rtlpar\\qr"), std::string::npos);
 
     const QString out = dir.filePath("office");
     ASSERT_TRUE(RunOffice(dir.filePath("office-profile"), "pdf", out, printed));
+    ASSERT_TRUE(RunOffice(dir.filePath("office-profile"), "txt:Text (encoded):UTF8", out, hebrew));
+    for (int method : {1, 3}) {
+        const QString text =
+            QString::fromUtf8(ReadFile(QString("%1/hebrew-%2.txt").arg(out).arg(method)));
+        EXPECT_TRUE(text.contains(QString::fromUtf8("שלום עולם וברוכים הבאים"))) << method;
+    }
     struct Size
     {
         float width;

@@ -22,6 +22,7 @@ inline velmora::TextLine MakeLine(float x, float y, const std::string& text, flo
         glyph.size = size;
         glyph.font = font;
         glyph.box = velmora::Rect{pen, y - size * 0.8f, pen + size * 0.5f, y + size * 0.2f};
+        glyph.baseline = y;
         pen += size * 0.5f;
         line.glyphs.push_back(glyph);
         line.box.unite(glyph.box);

@@ -179,6 +179,15 @@ TEST(BuildParagraphs, JoinsTheLinesOfAParagraphAndNoMore)
          {MakeLine(72, 100, "aaaa bbbb cccc exam-"), MakeLine(72, 100 + pitch, "ple of it")},
          true,
          {"aaaa bbbb cccc example of it"}},
+        {"a word broken at the line's end is whole again",
+         {MakeLine(72, 100, "aaaa bbbb cccc corpo-"), MakeLine(72, 100 + pitch, "ration of it")},
+         true,
+         {"aaaa bbbb cccc corporation of it"}},
+        // As the English dictionary the setup installs tells.
+        {"a compound keeps its hyphen",
+         {MakeLine(72, 100, "aaaa bbbb cccc long-"), MakeLine(72, 100 + pitch, "stay of it")},
+         true,
+         {"aaaa bbbb cccc long-stay of it"}},
         {"a hyphen before a capital stays",
          {MakeLine(72, 100, "aaaa bbbb cccc Jean-"), MakeLine(72, 100 + pitch, "Paul went")},
          true,
@@ -355,16 +364,36 @@ TEST(RunningHeads, LearnsWhatRepeatsAtTheEdgesOfMostPages)
         EXPECT_EQ(ToUtf8(block.text).find("Journal"), std::string::npos);
 
     EXPECT_TRUE(RunningHeads::Learn({lines[0]}).empty());
+
+    // The same number at the foot of every page (a pleading's last line number) is no page
+    // number.
+    for (std::vector<Line>& page : lines)
+        page.back().glyphs = MakeLine(300, 760, "28").glyphs;
+    EXPECT_FALSE(RunningHeads::Learn(lines).isFooter(lines[2], lines[2].size() - 1));
 }
 
-TEST(RunningPattern, ReadsNumbersCaseAndBlanksAlike)
+TEST(RunningPattern, ReadsPageNumbersAndBlanksAlikeButNotOtherWords)
 {
-    const auto pattern = [](const std::string& text) {
-        return RunningPattern(MakeLine(0, 0, text).glyphs);
+    struct Row
+    {
+        const char* a;
+        float sizeA;
+        const char* b;
+        float sizeB;
+        bool alike;
     };
-    EXPECT_EQ(pattern("Page 12 of 40"), "page # of #");
-    EXPECT_EQ(pattern("PAGE  3\tOF 7 "), "page # of #");
-    EXPECT_NE(pattern("Chapter One"), pattern("Chapter Two"));
+    const std::vector<Row> rows{
+        {"Page 12 of 40", 10, "Page  3\tof 7 ", 10, true},
+        {"Page 2: A4 portrait", 16, "Page 4: A5 portrait", 16, false},
+        {"Chapter One", 10, "Chapter Two", 10, false},
+        {"Harbour Authority annual report", 9, "Harbour Authority Annual Report", 9, false},
+        {"Annual report", 9, "Annual report", 18, false},
+    };
+    for (const Row& row : rows) {
+        const std::string a = RunningPattern(MakeLine(0, 0, row.a, row.sizeA).glyphs);
+        const std::string b = RunningPattern(MakeLine(0, 0, row.b, row.sizeB).glyphs);
+        EXPECT_EQ(a == b, row.alike) << row.a << " / " << row.b;
+    }
 }
 
 TEST(BuildParagraphs, TellsHowTheLinesAreAligned)
