@@ -218,7 +218,7 @@ public:
             if (IsRunnable(candidate))
                 return QFileInfo(candidate).absoluteFilePath();
         }
-        return QString();
+        return {};
     }
 
     std::unique_ptr<OfficeProcess> StartConversion(const QString& program,
