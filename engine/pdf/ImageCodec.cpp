@@ -29,8 +29,8 @@ struct JpegErrorManager
 bool encodeJpegRaw(const uint8_t* rgb, int width, int height, int stride, int quality,
                    unsigned char** out, unsigned long* outSize)
 {
-    jpeg_compress_struct info;
-    JpegErrorManager errors;
+    jpeg_compress_struct info{};
+    JpegErrorManager errors{};
     info.err = jpeg_std_error(&errors.base);
     errors.base.error_exit = jpegErrorExit;
     if (setjmp(errors.jump)) {
@@ -47,7 +47,7 @@ bool encodeJpegRaw(const uint8_t* rgb, int width, int height, int stride, int qu
     jpeg_set_quality(&info, quality, TRUE);
     jpeg_start_compress(&info, TRUE);
     while (info.next_scanline < info.image_height) {
-        JSAMPROW row =
+        auto row =
             const_cast<JSAMPROW>(rgb + static_cast<std::ptrdiff_t>(info.next_scanline) * stride);
         jpeg_write_scanlines(&info, &row, 1);
     }
@@ -92,7 +92,7 @@ void appendDib(std::vector<uint8_t>& out, const uint8_t* rgb, int width, int hei
     for (int y = 0; y < height; ++y) {
         const uint8_t* src = rgb + static_cast<std::ptrdiff_t>(height - 1 - y) * stride;
         uint8_t* dst = out.data() + start + rowSize * static_cast<std::size_t>(y);
-        for (int x = 0; x < width; ++x) {
+        for (std::size_t x = 0; x < static_cast<std::size_t>(width); ++x) {
             dst[3 * x] = src[3 * x + 2];
             dst[3 * x + 1] = src[3 * x + 1];
             dst[3 * x + 2] = src[3 * x];
