@@ -301,6 +301,8 @@ std::vector<Table> FindRuledTables(const std::vector<Drawing>& drawings)
             continue;
         std::vector<float> xs;
         std::vector<float> ys;
+        xs.reserve(vertical.size());
+        ys.reserve(horizontal.size());
         for (const Rule* rule : vertical)
             xs.push_back(rule->at);
         for (const Rule* rule : horizontal)

@@ -16,7 +16,8 @@ constexpr std::size_t MemoryLimit = std::size_t{256} << 20;
 }  // namespace
 
 // The exported signature is the library's published C interface, so its pointers stay non-const.
-extern "C" int32_t GetPageCount(char* pdfPath, char* password)  // NOLINT(readability-non-const-parameter)
+// NOLINTNEXTLINE(readability-non-const-parameter)
+extern "C" int32_t GetPageCount(char* pdfPath, char* password)
 {
     if (!pdfPath || !*pdfPath)
         return CannotOpen;

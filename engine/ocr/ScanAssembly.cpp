@@ -224,6 +224,7 @@ RecognisedPage AssemblePage(const OcrResult& result, ScanImage& image, int conve
     // how to turn it upright.
     std::array<std::size_t, 4> votes{};
     std::vector<int> lineTurns;
+    lineTurns.reserve(lines.size());
     for (const Line& line : lines)
         lineTurns.push_back(turnsToUpright(line));
     for (const Word& word : words) {

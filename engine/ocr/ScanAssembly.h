@@ -39,7 +39,7 @@ struct RecognisedPage final
 
 // `image` is the page Tesseract read, turned as `result` says; it may be turned further.
 RecognisedPage AssemblePage(const OcrResult& result, ScanImage& image, int conversionMethod,
-                            const PictureOptions& pictures);
+                            const PictureOptions& pictureOptions);
 
 // Puts the recognised words and pictures in place of the scan's own content.
 void PutRecognisedPage(PageContent& page, const RecognisedPage& recognised, FontTable& fonts);

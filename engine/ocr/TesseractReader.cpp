@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmath>
 #include <mutex>
 
 namespace velmora {
@@ -302,7 +303,7 @@ void TesseractReader::reconsider(const ScanImage& image, OcrResult& result)
     tesseract::TessBaseAPI& api = *m_api;
     api.SetPageSegMode(tesseract::PSM_SINGLE_WORD);
     api.SetImage(image.grey.data(), image.width, image.height, 1, image.width);
-    api.SetSourceResolution(static_cast<int>(image.zoom * 72 + 0.5f));
+    api.SetSourceResolution(static_cast<int>(std::lround(image.zoom * 72)));
     const int pad = static_cast<int>(image.zoom * 72 / 300 * 8);
     for (OcrWord* word : doubtful) {
         const bool trimmed = word->core.right > word->core.left;
@@ -322,7 +323,7 @@ void TesseractReader::reconsider(const ScanImage& image, OcrResult& result)
         if (api.Recognize(&monitor) != 0)
             break;
         std::unique_ptr<char[]> text(api.GetUTF8Text());
-        const float confidence = static_cast<float>(api.MeanTextConf());
+        const auto confidence = static_cast<float>(api.MeanTextConf());
         if (!text || confidence <= word->confidence)
             continue;
         std::string read = text.get();
@@ -353,7 +354,7 @@ bool TesseractReader::detect(const ScanImage& image, int& turns, std::string& sc
         m_osd->SetPageSegMode(tesseract::PSM_OSD_ONLY);
     }
     m_osd->SetImage(image.grey.data(), image.width, image.height, 1, image.width);
-    m_osd->SetSourceResolution(static_cast<int>(image.zoom * 72 + 0.5f));
+    m_osd->SetSourceResolution(static_cast<int>(std::lround(image.zoom * 72)));
     int degrees = 0;
     float orientationConfidence = 0;
     const char* name = nullptr;
@@ -375,7 +376,7 @@ OcrResult TesseractReader::recognise(const ScanImage& image)
     tesseract::TessBaseAPI& api = *m_api;
     api.SetPageSegMode(tesseract::PSM_AUTO);
     api.SetImage(image.grey.data(), image.width, image.height, 1, image.width);
-    api.SetSourceResolution(static_cast<int>(image.zoom * 72 + 0.5f));
+    api.SetSourceResolution(static_cast<int>(std::lround(image.zoom * 72)));
     result.read = run(result);
     api.Clear();
     return result;
@@ -430,7 +431,7 @@ bool TesseractReader::run(OcrResult& result)
             result.lines.push_back(line);
         }
         std::unique_ptr<char[]> text(it->GetUTF8Text(RIL_WORD));
-        if (!text || !*text.get())
+        if (!text || text[0] == '\0')
             continue;
         OcrWord word;
         word.text = text.get();
@@ -459,7 +460,7 @@ void TesseractReader::readLeftovers(const ScanImage& image, OcrResult& result)
         return;
     tesseract::TessBaseAPI& api = *m_api;
     api.SetImage(image.grey.data(), image.width, image.height, 1, image.width);
-    api.SetSourceResolution(static_cast<int>(image.zoom * 72 + 0.5f));
+    api.SetSourceResolution(static_cast<int>(std::lround(image.zoom * 72)));
     api.SetPageSegMode(tesseract::PSM_SINGLE_BLOCK);
     const int pad = static_cast<int>(12 * scale);
     const auto holdsWords = [&result](const PixelBox& box) {

@@ -47,7 +47,7 @@ bool encodeJpegRaw(const uint8_t* rgb, int width, int height, int stride, int qu
     jpeg_set_quality(&info, quality, TRUE);
     jpeg_start_compress(&info, TRUE);
     while (info.next_scanline < info.image_height) {
-        auto row =
+        auto* row =
             const_cast<JSAMPROW>(rgb + static_cast<std::ptrdiff_t>(info.next_scanline) * stride);
         jpeg_write_scanlines(&info, &row, 1);
     }
