@@ -110,7 +110,7 @@ bool ReplaceWithConverted(const QString& target, const QString& outputDirectory)
 
 qint64 OfficeTimeLimitMs(qint64 documentBytes)
 {
-    return BaseTimeLimitMs + documentBytes * TimeLimitPerMegabyteMs / (1024 * 1024);
+    return BaseTimeLimitMs + documentBytes * TimeLimitPerMegabyteMs / (qint64{1024} * 1024);
 }
 
 qint16 FinishWithWord(AppContext& context)

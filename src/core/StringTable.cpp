@@ -142,7 +142,7 @@ static_assert(rowsAreSorted(), "the string table must stay sorted by row");
 
 std::optional<QString> LoadResString(qint32 row)
 {
-    const auto found =
+    const auto* const found =
         std::lower_bound(Rows.begin(), Rows.end(), row,
                          [](const StringRow& r, qint32 wanted) { return r.row < wanted; });
     if (found == Rows.end() || found->row != row)

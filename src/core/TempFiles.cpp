@@ -47,7 +47,9 @@ bool emptyFolder(int fd)
         const char* name = entry->d_name;
         if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
             continue;
-        struct stat status;
+        struct stat status
+        {
+        };
         if (::fstatat(fd, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
             emptied = false;
             continue;
@@ -90,7 +92,7 @@ QString MakeTempFile(quint32 unique)
 {
     const QString folder = temporaryFolder();
     if (folder.isEmpty())
-        return QString();
+        return {};
     if (unique != 0)
         return folder + u'/' + nameFor(unique & 0xFFFFu);
 
@@ -99,7 +101,7 @@ QString MakeTempFile(quint32 unique)
     const quint32 start = QRandomGenerator::global()->bounded(1u, 0x10000u);
     for (quint32 step = 0; step < 0xFFFFu; ++step) {
         const quint32 number = (start - 1 + step) % 0xFFFFu + 1;
-        const QString path = folder + u'/' + nameFor(number);
+        QString path = folder + u'/' + nameFor(number);
         const int fd = ::open(QFile::encodeName(path).constData(),
                               O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
         if (fd >= 0) {
@@ -107,9 +109,9 @@ QString MakeTempFile(quint32 unique)
             return path;
         }
         if (errno != EEXIST)
-            return QString();
+            return {};
     }
-    return QString();
+    return {};
 }
 
 void SweepTempFiles()
@@ -130,7 +132,9 @@ void SweepTempFiles()
     const int folderFd = ::dirfd(directory);
     const uid_t user = ::getuid();
     for (const QByteArray& name : names) {
-        struct stat status;
+        struct stat status
+        {
+        };
         if (::fstatat(folderFd, name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             break;
         // Another user's file in a shared folder could never be deleted and would stop every

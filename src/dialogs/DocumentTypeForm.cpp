@@ -74,7 +74,8 @@ void DocumentTypeForm::Form_Activate()
 void DocumentTypeForm::LoadOptions()
 {
     RunState& state = m_forms.Context().state;
-    const auto found = std::find(TypeOfChoice.begin(), TypeOfChoice.end(), state.DocumentType);
+    const auto* const found =
+        std::find(TypeOfChoice.begin(), TypeOfChoice.end(), state.DocumentType);
     if (found == TypeOfChoice.end())
         state.DocumentType = TypeOfChoice[0];
     Select(found == TypeOfChoice.end() ? 0 : static_cast<int>(found - TypeOfChoice.begin()));

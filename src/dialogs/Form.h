@@ -46,7 +46,7 @@ public:
     void SetCancelButton(QAbstractButton* button) { m_cancelButton = button; }
 
     // The help topic of the dialog ("::/page.htm#anchor"); empty for the help's start page.
-    virtual QString HelpTopic() const { return QString(); }
+    virtual QString HelpTopic() const { return {}; }
 
     // Keeps the form alive while one of its handlers runs; the runtime deletes an unloaded form
     // only when none is left on the stack.

@@ -113,7 +113,7 @@ QRect DrawCaption(QPainter& painter, const QRect& area, const QString& text,
     painter.setPen(Qt::white);
     painter.setFont(PictureFont(language, 10, true));
     painter.drawText(strip, Qt::AlignCenter, text);
-    return QRect(area.left(), area.top(), area.width(), area.height() - height - 3);
+    return {area.left(), area.top(), area.width(), area.height() - height - 3};
 }
 
 void DrawSingleColumn(QPainter& painter, PictureLanguage language)

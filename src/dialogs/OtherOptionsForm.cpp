@@ -337,9 +337,9 @@ bool OtherOptionsForm::eventFilter(QObject* watched, QEvent* event)
 {
     if ((watched == m_imageDoc || watched == m_imageRtf) &&
         event->type() == QEvent::MouseButtonRelease) {
-        auto* image = static_cast<QLabel*>(watched);
-        const auto* mouse = static_cast<QMouseEvent*>(event);
-        if (image->isEnabled() && mouse->button() == Qt::LeftButton &&
+        auto* image = qobject_cast<QLabel*>(watched);
+        const auto* mouse = dynamic_cast<const QMouseEvent*>(event);
+        if (image && mouse && image->isEnabled() && mouse->button() == Qt::LeftButton &&
             image->rect().contains(mouse->position().toPoint())) {
             if (image == m_imageDoc)
                 ImageDoc_Click();

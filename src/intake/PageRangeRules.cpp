@@ -34,8 +34,8 @@ std::optional<PageRange> ParsePageRange(const QString& fromText, const QString& 
     if (!from || !to || *from == std::numeric_limits<qint16>::min() ||
         *to == std::numeric_limits<qint16>::min())
         return std::nullopt;
-    const qint16 f = static_cast<qint16>(*from - 1);
-    const qint16 t = static_cast<qint16>(*to - 1);
+    const auto f = static_cast<qint16>(*from - 1);
+    const auto t = static_cast<qint16>(*to - 1);
     if (f > t || f < 0 || t < 0 || t >= pageCount)
         return std::nullopt;
     return PageRange{f, t};

@@ -22,10 +22,10 @@ enum class Kind { Bool, Numeric, Text };
 // with it whatever the field holds.
 struct Element final
 {
-    const char* key;
-    Kind kind;
-    qint16 OptionValues::*field;  // null for the text
-    qint16 firstStart;
+    const char* key = nullptr;
+    Kind kind = Kind::Bool;
+    qint16 OptionValues::*field = nullptr;  // null for the text
+    qint16 firstStart = 0;
     std::optional<qint16> fixedValue;
 };
 

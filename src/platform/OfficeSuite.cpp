@@ -11,12 +11,16 @@
 #include <QUrl>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <vector>
 
 #include <fcntl.h>
 #include <locale.h>
 #include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
@@ -47,6 +51,50 @@ QStringList HeadlessArguments(const QString& profileDirectory)
             QStringLiteral("--nodefault"),
             QStringLiteral("--nolockcheck"),
             QStringLiteral("-env:UserInstallation=") + FileUrl(profileDirectory)};
+}
+
+// LibreOffice answers a second start through a socket in the fixed folder /tmp, whatever
+// TMPDIR says, and only removes it when it ends by itself: an ended-by-force suite leaves it.
+const QString PipeFolder = QStringLiteral("/tmp");
+
+QStringList OwnPipeNames()
+{
+    const QString pattern = QStringLiteral("OSL_PIPE_%1_*").arg(::getuid());
+    return QDir(PipeFolder).entryList({pattern}, QDir::System | QDir::Hidden);
+}
+
+// A socket of ours that nobody listens on any longer.
+bool IsAbandonedPipe(const QString& path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat status {};
+    if (::lstat(name.constData(), &status) != 0 || !S_ISSOCK(status.st_mode) ||
+        status.st_uid != ::getuid())
+        return false;
+    sockaddr_un address{};
+    if (name.size() >= static_cast<qsizetype>(sizeof(address.sun_path)))
+        return false;
+    address.sun_family = AF_UNIX;
+    std::copy(name.cbegin(), name.cend(), address.sun_path);
+    const int probe = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (probe < 0)
+        return false;
+    const bool refused =
+        ::connect(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0 &&
+        errno == ECONNREFUSED;
+    ::close(probe);
+    return refused;
+}
+
+// Removes the sockets this conversion's suites made and left: the ones that were not there
+// before it started and that nobody answers on.
+void RemoveAbandonedPipes(const QStringList& before)
+{
+    for (const QString& name : OwnPipeNames()) {
+        const QString path = PipeFolder + u'/' + name;
+        if (!before.contains(name) && IsAbandonedPipe(path))
+            QFile::remove(path);
+    }
 }
 
 bool IsRunnable(const QString& path)
@@ -123,9 +171,10 @@ class OfficeConversion final : public OfficeProcess
 {
 public:
     OfficeConversion(ProcessLauncher& launcher, LaunchRequest request,
-                     std::unique_ptr<RunningProcess> process, std::unique_ptr<ProfileLease> lease)
+                     std::unique_ptr<RunningProcess> process, std::unique_ptr<ProfileLease> lease,
+                     QStringList pipesBefore)
         : m_launcher(launcher), m_request(std::move(request)), m_process(std::move(process)),
-          m_lease(std::move(lease))
+          m_lease(std::move(lease)), m_pipesBefore(std::move(pipesBefore))
     {
     }
 
@@ -136,6 +185,8 @@ public:
             m_process->Kill();
             m_process->WaitForEnd(QuitPatienceMs);
         }
+        if (!Succeeded())
+            RemoveAbandonedPipes(m_pipesBefore);
         if (m_lease && !Succeeded())
             m_lease->Discard();
     }
@@ -190,6 +241,7 @@ private:
     std::unique_ptr<RunningProcess> m_process;
     std::vector<std::unique_ptr<RunningProcess>> m_replaced;
     std::unique_ptr<ProfileLease> m_lease;
+    QStringList m_pipesBefore;
 };
 
 class LibreOffice final : public OfficeSuite
@@ -218,7 +270,7 @@ public:
             if (IsRunnable(candidate))
                 return QFileInfo(candidate).absoluteFilePath();
         }
-        return QString();
+        return {};
     }
 
     std::unique_ptr<OfficeProcess> StartConversion(const QString& program,
@@ -238,12 +290,14 @@ public:
                           << QStringLiteral("--convert-to") << QStringLiteral("doc:MS Word 97")
                           << QStringLiteral("--outdir") << FileUrl(job.outputDirectory)
                           << FileUrl(job.source);
+        QStringList pipesBefore = OwnPipeNames();
         int error = 0;
         std::unique_ptr<RunningProcess> process = m_launcher.Start(request, error);
         if (!process)
             return nullptr;
         return std::make_unique<OfficeConversion>(m_launcher, std::move(request),
-                                                  std::move(process), std::move(lease));
+                                                  std::move(process), std::move(lease),
+                                                  std::move(pipesBefore));
     }
 
 private:

@@ -20,8 +20,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace {
 
 // Without process descriptors a wait has nothing to sleep on and looks again this often.
@@ -227,6 +225,7 @@ public:
         for (const QString& argument : request.arguments)
             encoded.append(argument.toLocal8Bit());
         std::vector<char*> argv;
+        argv.reserve(static_cast<std::size_t>(encoded.size()) + 1);
         for (QByteArray& bytes : encoded)
             argv.push_back(bytes.data());
         argv.push_back(nullptr);
@@ -244,6 +243,7 @@ public:
         for (const QString& given : request.environment)
             variables.push_back(given.toLocal8Bit());
         std::vector<char*> envp;
+        envp.reserve(variables.size() + 1);
         for (QByteArray& variable : variables)
             envp.push_back(variable.data());
         envp.push_back(nullptr);

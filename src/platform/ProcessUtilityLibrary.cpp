@@ -61,7 +61,8 @@ using GetFileVersionFn = std::int32_t(char*);
 class SharedProcessUtility final : public ProcessUtilityLibrary
 {
 public:
-    explicit SharedProcessUtility(const QString& applicationDir) : m_applicationDir(applicationDir)
+    explicit SharedProcessUtility(QString applicationDir)
+        : m_applicationDir(std::move(applicationDir))
     {
     }
 

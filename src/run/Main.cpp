@@ -26,9 +26,8 @@ bool PrepareRun(RunState& state, const QString& commandText, const QString& appl
         if (!path->isEmpty())
             *path = QDir::current().absoluteFilePath(*path);
     }
-    if (state.HostedByWord == -1 && (state.SourcePath.isEmpty() || state.OutputPath.isEmpty()))
-        return false;
-    return true;
+    // On behalf of a word processor both paths are needed.
+    return state.HostedByWord != -1 || (!state.SourcePath.isEmpty() && !state.OutputPath.isEmpty());
 }
 
 void StartRun(Forms& forms)

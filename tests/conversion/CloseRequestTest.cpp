@@ -3,6 +3,7 @@
 // on a real X server, where the request arrives as it does from a desktop.
 
 #include "TestPaths.h"
+
 #include "conversion/ThumbnailForm.h"
 #include "conversion/WaitForm.h"
 #include "dialogs/DialogRuntime.h"
@@ -10,23 +11,13 @@
 #include "support/ModalDriver.h"
 #include "support/WindowManagerClose.h"
 
-#include <QDir>
-#include <QFile>
-#include <QPointer>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
 namespace {
-
-class OwnerForm final : public Form
-{
-public:
-    explicit OwnerForm(DialogRuntime& runtime) : Form(runtime) {}
-};
 
 // Runs `step` every 50 ms until it returns true.
 void Every50ms(std::function<bool()> step)
@@ -44,21 +35,17 @@ class CloseRequestTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(appDir.isValid());
         ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_STAND_IN_ENGINE),
                                 appDir.filePath(QStringLiteral("VelmoraConverter"))));
         QFile mode(appDir.filePath(QStringLiteral("standin.mode")));
-        ASSERT_TRUE(mode.open(QIODevice::WriteOnly));
-        mode.write("hold");
-        mode.close();
+        ASSERT_TRUE(mode.open(QIODevice::WriteOnly) && mode.write("hold"));
         env.context.applicationDir = appDir.path();
         env.state.RunMode = 1;
         env.state.DocumentFormat = 2;
         env.state.SourcePath = work.filePath(QStringLiteral("in.pdf"));
         env.state.OutputPath = work.filePath(QStringLiteral("out.rtf"));
         env.state.PreviewPath = work.filePath(QStringLiteral("~SVpreview.tmp"));
-        runtime.Instance(owner);
-        runtime.Show(*owner);
+        runtime.Show(runtime.Instance(owner));
     }
     void TearDown() override
     {
@@ -74,15 +61,13 @@ protected:
     }
     void Release()
     {
-        QFile release(appDir.filePath(QStringLiteral("standin.release")));
-        (void)release.open(QIODevice::WriteOnly);
+        QFile(appDir.filePath(QStringLiteral("standin.release"))).open(QIODevice::WriteOnly);
     }
 
-    QTemporaryDir appDir;
-    QTemporaryDir work;
+    QTemporaryDir appDir, work;
     FakeEnvironment env;
     DialogRuntime runtime;
-    QPointer<OwnerForm> owner;
+    QPointer<Form> owner;
 };
 
 TEST_F(CloseRequestTest, ProgressDialogIgnoresCloseRequestsAndTheRunEndsNormally)

@@ -5,57 +5,37 @@
 
 namespace {
 
-struct NamingRow
+TEST(DeriveOutputPath, FollowsTheFormatAndKeepsTheFolderAndStemOfTheTargetOrTheSource)
 {
-    const char* source;
-    const char* output;
-    qint16 format;
-    const char* expected;
-    qint16 formatAfter;
-};
-
-class DeriveOutputPathTest : public ::testing::TestWithParam<NamingRow>
-{
-};
-
-TEST_P(DeriveOutputPathTest, FollowsFormatAndKeepsDirectoryAndStem)
-{
-    const NamingRow& row = GetParam();
+    const std::tuple<const char*, const char*, qint16, const char*, qint16> rows[] = {
+        // source, target, format, the target derived and the format after
+        {"/in/my.report.pdf", "", 1, "/in/my.report.doc", 1},
+        {"/in.dir/report", "", 2, "/in.dir/report.rtf", 2},
+        {"C:\\in.dir\\report", "", 1, "C:\\in.dir\\report.doc", 1},
+        {"/in/report.pdf", "/out/x.txt", 2, "/out/x.rtf", 2},
+        {"", "/out/x.", 1, "/out/x.doc", 1},
+        {"/in/a.pdf", "", 3, "/in/a.rtf", 2},
+        {"/in/Bericht über 日本.PDF", "", 1, "/in/Bericht über 日本.doc", 1},
+        {"", "", 1, ".doc", 1},
+    };
+    for (const auto& [source, target, format, expected, formatAfter] : rows) {
+        RunState state;
+        state.SourcePath = QString::fromUtf8(source);
+        state.OutputPath = QString::fromUtf8(target);
+        state.DocumentFormat = format;
+        DeriveOutputPath(state);
+        DeriveOutputPath(state);  // a second call changes nothing
+        EXPECT_EQ(state.OutputPath.toStdString(), expected);
+        EXPECT_EQ(state.DocumentFormat, formatAfter);
+    }
+    // The last dot's position is counted in 16 bits: past that the name is left alone.
+    const QString longName = QString(40000, u'a') + QStringLiteral(".txt");
     RunState state;
-    state.SourcePath = QString::fromUtf8(row.source);
-    state.OutputPath = QString::fromUtf8(row.output);
-    state.DocumentFormat = row.format;
-    DeriveOutputPath(state);
-    EXPECT_EQ(state.OutputPath.toStdString(), row.expected);
-    EXPECT_EQ(state.DocumentFormat, row.formatAfter);
-
-    // A second call changes nothing.
-    DeriveOutputPath(state);
-    EXPECT_EQ(state.OutputPath.toStdString(), row.expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, DeriveOutputPathTest,
-    ::testing::Values(NamingRow{"/in/report.pdf", "", 1, "/in/report.doc", 1},
-                      NamingRow{"/in/report.pdf", "", 2, "/in/report.rtf", 2},
-                      NamingRow{"/in/my.report.pdf", "", 1, "/in/my.report.doc", 1},
-                      NamingRow{"/in.dir/report", "", 1, "/in.dir/report.doc", 1},
-                      NamingRow{"C:\\in.dir\\report", "", 1, "C:\\in.dir\\report.doc", 1},
-                      NamingRow{"/in/report.pdf", "/out/x.txt", 2, "/out/x.rtf", 2},
-                      NamingRow{"", "/out/x.", 1, "/out/x.doc", 1},
-                      NamingRow{"/in/a.pdf", "", 0, "/in/a.rtf", 2},
-                      NamingRow{"/in/a.pdf", "", 3, "/in/a.rtf", 2},
-                      NamingRow{"/in/Bericht über 日本.PDF", "", 1, "/in/Bericht über 日本.doc", 1},
-                      NamingRow{"", "", 1, ".doc", 1}));
-
-TEST(DeriveOutputPath, PathWhoseLastDotLiesPastThe16BitLimitIsLeftAlone)
-{
-    RunState state;
-    state.OutputPath = QString(40000, u'a') + QStringLiteral(".txt");
+    state.OutputPath = longName;
     state.DocumentFormat = 1;
-    const QString before = state.OutputPath;
     DeriveOutputPath(state);
-    EXPECT_EQ(state.OutputPath, before);
+    EXPECT_EQ(state.OutputPath, longName);
+    EXPECT_EQ(WithFormatExtension(longName, 1), longName);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include "dialogs/DialogRuntime.h"
 #include "support/ModalDriver.h"
 
-#include <QCoreApplication>
 #include <QPointer>
 #include <QPushButton>
 
@@ -15,69 +14,60 @@
 namespace {
 
 // A form whose activation or button runs `during`, then pumps every pending event (deferred
-// deletes among them) and records whether the form still exists.
+// deletes among them) and notes in `alive` whether the form still exists.
 class BusyForm final : public Form
 {
 public:
-    BusyForm(DialogRuntime& runtime, std::function<void(BusyForm&)> during)
-        : Form(runtime), m_during(std::move(during))
+    BusyForm(DialogRuntime& runtime, std::function<void(BusyForm&)> during, bool fromButton,
+             bool& alive)
+        : Form(runtime), m_during(std::move(during)), m_fromButton(fromButton), m_alive(alive)
     {
-        m_button = new QPushButton(this);
-        connect(m_button, &QPushButton::clicked, this, Handler(&BusyForm::Work));
+        connect(button, &QPushButton::clicked, this, Handler(&BusyForm::Work));
     }
-    QPushButton& Button() const { return *m_button; }
-    bool* aliveAfterPumping = nullptr;
-    bool activateWorks = true;
+    QPushButton* const button = new QPushButton(this);
 
 protected:
     void Form_Activate() override
     {
-        if (activateWorks)
+        if (!m_fromButton)
             Work();
     }
 
 private:
     void Work()
     {
-        bool* alive = aliveAfterPumping;
+        bool& alive = m_alive;
         const QPointer<BusyForm> self(this);
         m_during(*this);
         ProcessPendingEvents();
-        *alive = !self.isNull();
+        alive = !self.isNull();
     }
 
     std::function<void(BusyForm&)> m_during;
-    QPushButton* m_button = nullptr;
+    bool m_fromButton;
+    bool& m_alive;
 };
 
 TEST(DialogRuntimeTest, FormUnloadedInsideItsOwnHandlerOutlivesTheHandler)
 {
-    struct Row
-    {
-        const char* how;
-        bool fromButton;
-        std::function<void(BusyForm&)> unload;
-    };
-    const Row rows[] = {
-        {"close request during activation", false, [](BusyForm& f) { f.close(); }},
-        {"unload during activation", false, [](BusyForm& f) { f.Runtime().Unload(f); }},
-        {"unload in a button handler", true, [](BusyForm& f) { f.Runtime().Unload(f); }},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.how);
+    const auto close = [](BusyForm& form) { form.close(); };
+    const auto unload = [](BusyForm& form) { form.Runtime().Unload(form); };
+    const std::tuple<const char*, std::function<void(BusyForm&)>, bool> rows[] = {
+        {"close request during activation", close, false},
+        {"unload during activation", unload, false},
+        {"unload in a button handler", unload, true}};
+    for (const auto& [how, during, fromButton] : rows) {
         DialogRuntime runtime;
         QPointer<BusyForm> form;
         bool alive = false;
-        runtime.Instance(form, row.unload);
-        form->aliveAfterPumping = &alive;
-        form->activateWorks = !row.fromButton;
+        runtime.Instance(form, during, fromButton, alive);
         runtime.Show(*form);
-        if (row.fromButton)
-            form->Button().click();
-        EXPECT_TRUE(alive);
-        EXPECT_FALSE(runtime.IsLoaded(form));
+        if (fromButton)
+            form->button->click();
+        EXPECT_TRUE(alive) << how;
+        EXPECT_FALSE(runtime.IsLoaded(form)) << how;
         ProcessPendingEvents();
-        EXPECT_TRUE(form.isNull()) << "deleted once the handler returned";
+        EXPECT_TRUE(form.isNull()) << how << ": deleted once the handler returned";
     }
 }
 

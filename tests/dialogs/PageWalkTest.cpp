@@ -1,3 +1,6 @@
+// Walks through the option pages as a user does: each page move shows the next page modally
+// from inside the last one's handler, and the returns unwind them in order.
+
 #include "dialogs/ConversionMethodForm.h"
 #include "dialogs/DocumentTypeForm.h"
 #include "dialogs/LinkLabel.h"
@@ -5,184 +8,105 @@
 #include "dialogs/PageTestSupport.h"
 #include "dialogs/WelcomeForm.h"
 
-#include <QCheckBox>
-#include <QLabel>
-#include <QPushButton>
-#include <QRadioButton>
 #include <QTest>
-
-#include <cmath>
 
 namespace {
 
 class PageWalkTest : public PageTest
 {
 protected:
-    void SetUp() override
+    // When the page named `name` comes up, notes `name` and runs `step` on it.
+    void Then(const char* name, std::function<void(QWidget&)> step)
     {
-        env.state.DocumentType = 2;
-        env.state.ConversionMethod = 3;
-        env.state.DetectHeader = 0;
-        env.state.JpegQuality = 80;
-        env.state.DocumentFormat = 2;
+        WhenModalAppears(QString::fromLatin1(name), [this, name, step](QWidget& page) {
+            steps.append(QString::fromLatin1(name));
+            step(page);
+        });
+    }
+    // Clicks the button or link `name` and notes when the click returns.
+    void Click(QWidget& page, const char* name)
+    {
+        if (auto* link = page.findChild<LinkLabel*>(QString::fromLatin1(name)))
+            QTest::mouseClick(link, Qt::LeftButton);
+        else
+            Get(page, name).click();
+        steps.append(page.objectName() + " returned");
     }
 
-    static bool Checked(QWidget& page, const char* name)
-    {
-        return Child<QAbstractButton>(page, QString::fromLatin1(name)).isChecked();
-    }
-    static void Click(QWidget& page, const char* name)
-    {
-        Child<QAbstractButton>(page, QString::fromLatin1(name)).click();
-    }
-    static void ClickLink(QWidget& page, const char* name)
-    {
-        QTest::mouseClick(&Child<LinkLabel>(page, QString::fromLatin1(name)), Qt::LeftButton);
-    }
-    // A page led to from another one opens centred over it; the pages are of one width.
-    static void ExpectPlacedOver(const Form& page, const Form& from)
-    {
-        // A window not yet shown has no frame yet, which may shift it by a few pixels.
-        EXPECT_LE(std::abs(page.Left() - (from.Left() + (from.Width() - page.Width()) / 2)), 60.0F);
-        EXPECT_LE(std::abs(page.Top() - (from.Top() + (from.Height() - page.Height()) / 2)), 60.0F);
-    }
+    QStringList steps;
 };
 
-TEST_F(PageWalkTest, NestedPageMovesAllReturnAndLeaveTheWalkedPagesLoadedButHidden)
+TEST_F(PageWalkTest, NestedPageMovesWriteEachPageAndAllReturnWithTheWalkedPagesLoadedButHidden)
 {
+    env.state.DocumentType = 2;
+    env.state.ConversionMethod = 3;
+    env.state.DocumentFormat = 2;
     WelcomeForm& welcome = forms.Welcome();
-    DocumentTypeForm& documentType = forms.DocumentType();
-    documentType.Move(1500, 1200);
-    QStringList steps;
-
-    WhenModalAppears(QStringLiteral("DocumentTypeForm"), [&](QWidget& page) {
-        steps.append(QStringLiteral("type"));
-        EXPECT_TRUE(Checked(page, "OptionMulti"));
-        Click(page, "OptionLegal");
-
-        WhenModalAppears(QStringLiteral("ConversionMethodForm"), [&](QWidget& methodPage) {
-            steps.append(QStringLiteral("method"));
-            EXPECT_FALSE(documentType.isVisible());
-            EXPECT_TRUE(runtime.IsLoaded(&documentType));
+    DocumentTypeForm& type = forms.DocumentType();
+    Then("DocumentTypeForm", [&](QWidget& page) {
+        Get(page, "OptionLegal").click();
+        Then("ConversionMethodForm", [&](QWidget& method) {
+            EXPECT_FALSE(type.isVisible());
             // Leaving the first page wrote what the pleading forces.
-            EXPECT_EQ(env.state.DocumentType, 3);
-            EXPECT_EQ(env.state.DetectHeader, 1);
-            EXPECT_EQ(env.state.ConversionMethod, 1);
-            EXPECT_TRUE(Checked(methodPage, "OptionPreserve"));
-            EXPECT_FALSE(Child<QWidget>(methodPage, QStringLiteral("OptionFlow")).isEnabled());
-            ExpectPlacedOver(static_cast<Form&>(methodPage), documentType);
-
-            WhenModalAppears(QStringLiteral("OtherOptionsForm"), [&](QWidget& advancedPage) {
-                steps.append(QStringLiteral("advanced"));
-                EXPECT_FALSE(methodPage.isVisible());
-                EXPECT_TRUE(Checked(advancedPage, "CheckHeader"));
-                EXPECT_TRUE(Checked(advancedPage, "OptionExtRtf"));
-                Click(advancedPage, "OptionExtDoc");
-                // The main dialog changed the type meanwhile: the first page shows it anew.
-                env.state.DocumentType = 2;
-
-                WhenModalAppears(QStringLiteral("DocumentTypeForm"), [&](QWidget& again) {
-                    steps.append(QStringLiteral("type again"));
-                    EXPECT_EQ(&again, &documentType) << "the same instance is shown again";
-                    EXPECT_FALSE(advancedPage.isVisible());
+            EXPECT_TRUE(Get(method, "OptionPreserve").isChecked());
+            EXPECT_FALSE(Get(method, "OptionFlow").isEnabled());
+            Then("OtherOptionsForm", [&](QWidget& advanced) {
+                EXPECT_FALSE(method.isVisible());
+                EXPECT_TRUE(Get(advanced, "CheckHeader").isChecked());
+                Get(advanced, "OptionExtDoc").click();
+                Then("ConversionMethodForm", [&](QWidget& again) {
+                    EXPECT_EQ(&again, &method) << "the same instance is shown again";
                     EXPECT_EQ(env.state.DocumentFormat, 1) << "the link wrote the page first";
-                    EXPECT_TRUE(Checked(again, "OptionMulti"));
-                    EXPECT_FALSE(Child<QLabel>(again, QStringLiteral("ImageMulti")).isHidden());
-                    Click(again, "OptionSingle");
-                    Click(again, "ButtonDone");
-                    steps.append(QStringLiteral("done"));
+                    // The record changes meanwhile: the link writes this page over it, and the
+                    // first page shows the type anew.
+                    env.state.DocumentType = 2;
+                    env.state.ConversionMethod = 3;
+                    Then("DocumentTypeForm", [&](QWidget& first) {
+                        EXPECT_EQ(env.state.ConversionMethod, 1) << "the link wrote the page";
+                        EXPECT_TRUE(Get(first, "OptionMulti").isChecked());
+                        EXPECT_TRUE(env.store.writes.isEmpty()) << "page moves save nothing";
+                        Get(first, "OptionSingle").click();
+                        Click(first, "ButtonDone");
+                    });
+                    Click(again, "LabelDocumentType");
                 });
-                ClickLink(advancedPage, "LabelDocumentType");
-                steps.append(QStringLiteral("advanced returned"));
+                Click(advanced, "LabelConversionMethod");
             });
-            Click(methodPage, "ButtonNext");
-            steps.append(QStringLiteral("method returned"));
+            Click(method, "ButtonNext");
         });
         Click(page, "ButtonNext");
-        steps.append(QStringLiteral("type returned"));
     });
-
-    runtime.ShowModal(documentType, &welcome);
-    steps.append(QStringLiteral("walk returned"));
+    runtime.ShowModal(type, &welcome);
 
     EXPECT_EQ(steps,
-              QStringList({"type", "method", "advanced", "type again", "done", "advanced returned",
-                           "method returned", "type returned", "walk returned"}));
-    EXPECT_FALSE(runtime.IsLoaded(&documentType));
-    ConversionMethodForm& method = forms.ConversionMethod();
-    OtherOptionsForm& advanced = forms.OtherOptions();
-    for (Form* page : {static_cast<Form*>(&method), static_cast<Form*>(&advanced)}) {
-        EXPECT_TRUE(runtime.IsLoaded(page)) << qPrintable(page->objectName());
-        EXPECT_FALSE(page->isVisible()) << qPrintable(page->objectName());
-    }
-
+              QStringList({"DocumentTypeForm", "ConversionMethodForm", "OtherOptionsForm",
+                           "ConversionMethodForm", "DocumentTypeForm", "DocumentTypeForm returned",
+                           "ConversionMethodForm returned", "OtherOptionsForm returned",
+                           "ConversionMethodForm returned", "DocumentTypeForm returned"}));
+    QStringList loaded;
+    for (const Form* form : runtime.LoadedForms())
+        loaded.append(form->objectName() + (form->isVisible() ? " shown" : ""));
+    EXPECT_EQ(loaded, QStringList({"WelcomeForm", "ConversionMethodForm", "OtherOptionsForm"}));
     // Choosing single-column undid nothing that the pleading forced.
-    EXPECT_EQ(env.state.DocumentType, 1);
-    EXPECT_EQ(env.state.DetectHeader, 1);
-    EXPECT_EQ(env.state.ConversionMethod, 1);
-    EXPECT_EQ(StoredOption(QStringLiteral("DocumentType")), QStringLiteral("1"));
-    EXPECT_EQ(StoredOption(QStringLiteral("ConversionMethod")), QStringLiteral("1"));
+    for (const char* key : {"DocumentType", "DetectHeader", "ConversionMethod"})
+        EXPECT_EQ(StoredOption(key), QStringLiteral("1")) << key;
     EXPECT_EQ(env.store.values.value(SettingsNames::DocumentFormat).toInt(), 1);
 }
 
-TEST_F(PageWalkTest, LinksBackWriteThePageAndNothingIsSavedOnTheWay)
-{
-    WelcomeForm& welcome = forms.Welcome();
-    OtherOptionsForm& advanced = forms.OtherOptions();
-    QStringList steps;
-
-    WhenModalAppears(QStringLiteral("OtherOptionsForm"), [&](QWidget& page) {
-        steps.append(QStringLiteral("advanced"));
-        Click(page, "CheckWordArt");
-        WhenModalAppears(QStringLiteral("ConversionMethodForm"), [&](QWidget& methodPage) {
-            steps.append(QStringLiteral("method"));
-            EXPECT_EQ(env.state.WordArt, 1);
-            EXPECT_TRUE(Checked(methodPage, "OptionFlow"));
-            Click(methodPage, "OptionExact");
-            WhenModalAppears(QStringLiteral("DocumentTypeForm"), [&](QWidget& typePage) {
-                steps.append(QStringLiteral("type"));
-                EXPECT_EQ(env.state.ConversionMethod, 2);
-                EXPECT_TRUE(env.store.writes.isEmpty()) << "page moves save nothing";
-                // Leaving by the window frame writes nothing either.
-                Click(typePage, "OptionLegal");
-                typePage.close();
-            });
-            ClickLink(methodPage, "LabelDocumentType");
-        });
-        ClickLink(page, "LabelConversionMethod");
-    });
-    runtime.ShowModal(advanced, &welcome);
-
-    EXPECT_EQ(steps, QStringList({"advanced", "method", "type"}));
-    EXPECT_EQ(env.state.DocumentType, 2);
-    EXPECT_EQ(env.state.DetectHeader, 0);
-    EXPECT_EQ(env.state.ConversionMethod, 2);
-    EXPECT_EQ(env.state.WordArt, 1);
-    EXPECT_TRUE(env.store.writes.isEmpty());
-    QStringList loaded;
-    for (Form* form : runtime.LoadedForms()) {
-        loaded.append(form->objectName());
-        EXPECT_FALSE(form->isVisible()) << qPrintable(form->objectName());
-    }
-    EXPECT_EQ(loaded, QStringList({"WelcomeForm", "OtherOptionsForm", "ConversionMethodForm"}));
-}
-
-}  // namespace
-
-namespace {
-
-TEST_F(PageWalkTest, F1InEachDialogAsksForItsOwnTopic)
+TEST_F(PageWalkTest, HelpButtonAndF1InEachDialogOpenItsOwnTopic)
 {
     QStringList asked;
     runtime.SetHelpHandler([&asked](Form& form) { asked.append(form.HelpTopic()); });
-    const QList<Form*> pages = {&forms.Welcome(), &forms.DocumentType(), &forms.ConversionMethod(),
-                                &forms.OtherOptions()};
-    for (Form* page : pages)
+    QStringList topics;
+    for (Form* page : QList<Form*>{&forms.Welcome(), &forms.DocumentType(),
+                                   &forms.ConversionMethod(), &forms.OtherOptions()}) {
         QTest::keyClick(page, Qt::Key_F1);
-    EXPECT_EQ(asked, (QStringList{QStringLiteral("::/options.htm#convertPDF"),
-                                  QStringLiteral("::/options.htm#convertPDFType"),
-                                  QStringLiteral("::/options.htm#convertPDFConversion"),
-                                  QStringLiteral("::/options.htm#convertPDFAdvanced")}));
+        Get(*page, "ButtonHelp").click();
+        topics.append("::/options.htm#" + env.help.anchors.value(topics.size()));
+    }
+    EXPECT_EQ(asked, topics) << "F1 asks for the topic the Help button opens";
+    EXPECT_EQ(env.help.anchors, QStringList({"convertPDF", "convertPDFType", "convertPDFConversion",
+                                             "convertPDFAdvanced"}));
 }
 
 }  // namespace

@@ -1,342 +1,161 @@
 #include "dialogs/WelcomeForm.h"
-#include "dialogs/ConversionController.h"
-#include "dialogs/DialogRuntime.h"
-#include "dialogs/Forms.h"
 #include "dialogs/OtherOptionsForm.h"
-#include "support/FakeServices.h"
-#include "support/ModalDriver.h"
+#include "dialogs/PageTestSupport.h"
 
-#include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
-#include <QFile>
-#include <QGroupBox>
 #include <QLabel>
-#include <QPushButton>
 #include <QSignalSpy>
-
-#include <gtest/gtest.h>
 
 namespace {
 
-bool Japanese()
-{
-    return qEnvironmentVariable("VELMORA_TEST_LOCALE") == QStringLiteral("ja");
-}
-
-QString Pick(const char* english, const char* japanese)
-{
-    return QString::fromUtf8(Japanese() ? japanese : english);
-}
-
-// Records what the main dialog asks of the conversion side.
-struct FakeController final : ConversionController
-{
-    bool PrepareSource(Form&) override
-    {
-        ++prepares;
-        return prepareResult;
-    }
-    IntakeOutcome RunIntake(Form& welcome, const QString&) override
-    {
-        ++intakes;
-        if (duringIntake)
-            duringIntake(welcome);
-        return intakeOutcome;
-    }
-    std::optional<QString> ChoosePageRange(Form&) override
-    {
-        ++rangeDialogs;
-        return chosenRange;
-    }
-    bool AskOutputFile(Form&) override
-    {
-        ++asks;
-        return askResult;
-    }
-    void RunConversion(Form& welcome) override
-    {
-        conversionsWhileHidden.append(!welcome.isVisible());
-    }
-
-    bool prepareResult = true;
-    bool askResult = true;
-    IntakeOutcome intakeOutcome{true, QString()};
-    std::optional<QString> chosenRange;
-    int prepares = 0;
-    int intakes = 0;
-    int asks = 0;
-    int rangeDialogs = 0;
-    QList<bool> conversionsWhileHidden;
-    std::function<void(Form&)> duringIntake;
-};
-
-class WelcomeFormTest : public ::testing::Test
+class WelcomeFormTest : public PageTest
 {
 protected:
     void SetUp() override
     {
-        env.state.RunMode = 2;
-        env.state.ConversionMethod = 2;
-        env.state.DocumentType = 2;
         env.state.JpegQuality = 85;
-        env.state.DocumentFormat = 1;
         env.state.PreviewThumb = 1;
         env.state.LaunchWord = 1;
     }
-    void TearDown() override
-    {
-        for (Form* form : runtime.LoadedForms())
-            form->hide();
-        ProcessPendingEvents();
-    }
 
-    WelcomeForm& Open()
+    WelcomeForm& Open(qint32 runMode)
     {
+        env.state.RunMode = runMode;
         WelcomeForm& welcome = forms.Welcome();
         runtime.Show(welcome);
         return welcome;
     }
-
-    template <class T> T& Control(WelcomeForm& welcome, const char* name)
+    // Runs `open`, which shows the page named `name` modally, and unloads the page once it is up.
+    void Visit(const char* name, const std::function<void()>& open)
     {
-        return Child<T>(welcome, QString::fromLatin1(name));
+        WhenModalAppears(QString::fromLatin1(name),
+                         [this](QWidget& page) { runtime.Unload(static_cast<Form&>(page)); });
+        open();
     }
-
-    FakeEnvironment env;
-    FakeController flow;
-    DialogRuntime runtime;
-    Forms forms{runtime, env.context, flow};
 };
 
-struct SummaryRow
+TEST_F(WelcomeFormTest, SummaryNamesTheOptionsAndCorrectsForeignValues)
 {
-    qint16 method, type, image, format;
-    const char* methodText;
-    const char* methodTextJa;
-    const char* typeText;
-    const char* typeTextJa;
-    const char* imageText;
-    const char* qualityText;
-    const char* formatText;
-    qint16 methodAfter, typeAfter, imageAfter, formatAfter;
-};
-
-class SummaryTest : public WelcomeFormTest, public ::testing::WithParamInterface<SummaryRow>
-{
-};
-
-TEST_P(SummaryTest, ShowsTheOptionsAndCorrectsForeignValues)
-{
-    const SummaryRow& row = GetParam();
-    env.state.ConversionMethod = row.method;
-    env.state.DocumentType = row.type;
-    env.state.ImageFormat = row.image;
-    env.state.DocumentFormat = row.format;
-    WelcomeForm& welcome = Open();
-
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelConversionMethod").text(),
-              Pick(row.methodText, row.methodTextJa));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelDocumentType").text(),
-              Pick(row.typeText, row.typeTextJa));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelImageFormat").text(),
-              QString::fromUtf8(row.imageText));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelImageQuality").text(),
-              QString::fromUtf8(row.qualityText));
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelOutputFormat").text(),
-              QString::fromUtf8(row.formatText));
-    EXPECT_EQ(env.state.ConversionMethod, row.methodAfter);
-    EXPECT_EQ(env.state.DocumentType, row.typeAfter);
-    EXPECT_EQ(env.state.ImageFormat, row.imageAfter);
-    EXPECT_EQ(env.state.DocumentFormat, row.formatAfter);
+    // Method, type, image and output format, and the summary's texts for them.
+    const std::pair<QList<qint16>, QStringList> rows[] = {
+        {{1, 3, 1, 1},
+         {Pick("Exact Placement using Tabs & spaces", "タブとスペースを使った配置"),
+          Pick("Legal Pleading PDF", "法的書類のPDF"), "BMP", "N/A", ".DOC"}},
+        {{7, 0, 5, 9},
+         {Pick("Exact Placement using Text Boxes", "テキストボックスを使った配置"),
+          Pick("Multi-Column PDF", "複数段の段組を含むPDF"), "JPEG", "85 %", ".RTF"}}};
+    WelcomeForm& welcome = Open(RunModes::OptionsOnly);
+    RunState& s = env.state;
+    for (const auto& [values, texts] : rows) {
+        s.ConversionMethod = values[0];
+        s.DocumentType = values[1];
+        s.ImageFormat = values[2];
+        s.DocumentFormat = values[3];
+        welcome.LoadOptions();
+        QStringList shown;
+        for (const char* label : {"LabelConversionMethod", "LabelDocumentType", "LabelImageFormat",
+                                  "LabelImageQuality", "LabelOutputFormat"})
+            shown.append(Get<QLabel>(welcome, label).text());
+        EXPECT_EQ(shown, texts);
+    }
+    // The last row's values were foreign: the run now holds what the summary shows.
+    EXPECT_EQ(QList<qint16>({s.ConversionMethod, s.DocumentType, s.ImageFormat, s.DocumentFormat}),
+              QList<qint16>({2, 2, 0, 2}));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, SummaryTest,
-    ::testing::Values(
-        SummaryRow{1, 1, 0, 1, "Exact Placement using Tabs & spaces", "タブとスペースを使った配置",
-                   "Single-Column PDF", "段組が1段のみのPDF", "JPEG", "85 %", ".DOC", 1, 1, 0, 1},
-        SummaryRow{2, 2, 1, 2, "Exact Placement using Text Boxes", "テキストボックスを使った配置",
-                   "Multi-Column PDF", "複数段の段組を含むPDF", "BMP", "N/A", ".RTF", 2, 2, 1, 2},
-        SummaryRow{3, 3, 0, 2, "Flow the text and graphics", "単純なレイアウトに変換",
-                   "Legal Pleading PDF", "法的書類のPDF", "JPEG", "85 %", ".RTF", 3, 3, 0, 2},
-        SummaryRow{7, 0, 5, 9, "Exact Placement using Text Boxes", "テキストボックスを使った配置",
-                   "Multi-Column PDF", "複数段の段組を含むPDF", "JPEG", "85 %", ".RTF", 2, 2, 0, 2},
-        SummaryRow{-1, 4, -3, 0, "Exact Placement using Text Boxes", "テキストボックスを使った配置",
-                   "Multi-Column PDF", "複数段の段組を含むPDF", "JPEG", "85 %", ".RTF", 2, 2, 0,
-                   2}));
-
-TEST_F(WelcomeFormTest, OptionsOnlyFaceEditsTheStoredOptions)
+TEST_F(WelcomeFormTest, EachFaceShowsItsOwnControlsAndOnlyConvertRunsTheIntake)
 {
-    WelcomeForm& welcome = Open();
-    EXPECT_EQ(flow.prepares, 0);
-    EXPECT_EQ(flow.intakes, 0);
-    EXPECT_FALSE(Control<QLabel>(welcome, "PictureThumb").isVisible());
-    EXPECT_FALSE(Control<QLabel>(welcome, "LabelNA").isVisible());
-    EXPECT_TRUE(Control<QCheckBox>(welcome, "CheckPreview").isVisible());
-    EXPECT_FALSE(Control<QComboBox>(welcome, "ComboPageRange").isVisible());
-    EXPECT_FALSE(Control<QLabel>(welcome, "LabelPageRange").isVisible());
-    EXPECT_FALSE(Control<QPushButton>(welcome, "ButtonCancel").isEnabled());
-    EXPECT_EQ(Control<QPushButton>(welcome, "ButtonConvert").text(), Pick("&Done", "完了(&D)"));
-    EXPECT_EQ(welcome.windowTitle(), Pick("Convert PDF to Word", "PDFをWordに変換"));
-    EXPECT_EQ(flow.rangeDialogs, 0);
-}
-
-TEST_F(WelcomeFormTest, ConvertFaceShowsThePreviewAreaAndSelectsAllPagesOnce)
-{
-    env.state.RunMode = 1;
-    WelcomeForm& welcome = Open();
-    EXPECT_EQ(flow.prepares, 1);
-    EXPECT_EQ(flow.intakes, 1);
-    EXPECT_FALSE(Control<QCheckBox>(welcome, "CheckPreview").isVisible());
-    EXPECT_TRUE(Control<QComboBox>(welcome, "ComboPageRange").isVisible());
-    EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").currentIndex(), 0);
-    EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").itemText(1),
-              Pick("Specify", "範囲指定"));
-    EXPECT_EQ(flow.rangeDialogs, 0);
-    EXPECT_TRUE(Control<QPushButton>(welcome, "ButtonCancel").isEnabled());
-    EXPECT_EQ(Control<QPushButton>(welcome, "ButtonConvert").text(), Pick("&Convert", "変換(&C)"));
-}
-
-TEST_F(WelcomeFormTest, BackingOutOfThePdfLeavesTheSummaryUnfilled)
-{
-    env.state.RunMode = 1;
-    flow.prepareResult = false;
-    WelcomeForm& welcome = Open();
-    EXPECT_EQ(Control<QLabel>(welcome, "LabelDocumentType").text(), QStringLiteral("..."));
-    EXPECT_EQ(Control<QComboBox>(welcome, "ComboPageRange").currentIndex(), -1);
+    // The face; the controls shown, whether Cancel works, the command button's caption and the
+    // page range chosen.
+    const std::tuple<qint32, QString, bool, QString, int> rows[] = {
+        {RunModes::OptionsOnly, "CheckPreview", false, Pick("&Done", "完了(&D)"), -1},
+        {RunModes::Convert, "LabelNA,ComboPageRange,LabelPageRange", true,
+         Pick("&Convert", "変換(&C)"), 0}};
+    const QStringList optional = {"PictureThumb", "LabelNA", "CheckPreview", "ComboPageRange",
+                                  "LabelPageRange"};
+    for (const auto& [mode, shown, cancel, command, range] : rows) {
+        WelcomeForm& welcome = Open(mode);
+        EXPECT_EQ(Among(welcome, optional, &QWidget::isVisible), shown);
+        EXPECT_EQ(Get(welcome, "ButtonCancel").isEnabled(), cancel);
+        EXPECT_EQ(Get(welcome, "ButtonConvert").text(), command);
+        EXPECT_EQ(Get<QComboBox>(welcome, "ComboPageRange").currentIndex(), range);
+        EXPECT_EQ(flow.intakes, range + 1) << "the convert face runs the intake";
+        runtime.Unload(welcome);
+    }
 }
 
 TEST_F(WelcomeFormTest, IntakeRunsOnceEvenWhenAnActivationArrivesDuringIt)
 {
-    env.state.RunMode = 1;
-    flow.duringIntake = [this](Form& welcome) {
-        // A modal dialog owned by the main dialog closes while the intake is under way.
-        WhenModalAppears(QStringLiteral("OtherOptionsForm"), [](QWidget& page) {
-            Child<QPushButton>(page, QStringLiteral("ButtonDone")).click();
-        });
-        runtime.ShowModal(forms.OtherOptions(), &welcome);
+    // A modal dialog owned by the main dialog closes while the intake is under way.
+    flow.duringIntake = [this](Form& owner) {
+        Visit("OtherOptionsForm", [&] { runtime.ShowModal(forms.OtherOptions(), &owner); });
     };
-    Open();
+    Open(RunModes::Convert);
     EXPECT_EQ(flow.intakes, 1);
-    EXPECT_EQ(flow.prepares, 2);
 }
 
-TEST_F(WelcomeFormTest, ChecksAreTickedFromTheFieldsButNeverUnticked)
+TEST_F(WelcomeFormTest, ChecksAreTickedFromTheFieldsButOnlyLeavingWritesThem)
 {
     env.state.PreviewThumb = 0;
-    env.state.LaunchWord = 0;
-    WelcomeForm& welcome = Open();
-    auto& previewCheck = Control<QCheckBox>(welcome, "CheckPreview");
-    EXPECT_FALSE(previewCheck.isChecked());
-    EXPECT_FALSE(Control<QCheckBox>(welcome, "CheckOpenAfterConversion").isChecked());
+    WelcomeForm& welcome = Open(RunModes::OptionsOnly);
+    auto& preview = Get(welcome, "CheckPreview");
+    auto& open = Get(welcome, "CheckOpenAfterConversion");
+    EXPECT_FALSE(preview.isChecked());
+    EXPECT_TRUE(open.isChecked());
 
-    // The user ticks the box; the next activation finds the field still 0 and leaves it ticked.
-    previewCheck.setChecked(true);
-    WhenModalAppears(QStringLiteral("OtherOptionsForm"),
-                     [this](QWidget& page) { runtime.Unload(static_cast<Form&>(page)); });
-    runtime.ShowModal(forms.OtherOptions(), &welcome);
-    EXPECT_TRUE(previewCheck.isChecked());
-    EXPECT_EQ(env.state.PreviewThumb, 0);
-}
+    // The next activation finds PreviewThumb 0 and leaves its box; LaunchWord 1 ticks the other.
+    preview.setChecked(true);
+    open.setChecked(false);
+    QLabel& advanced = Get<QLabel>(welcome, "LabelAdvancedOption");
+    Visit("OtherOptionsForm", [&] { QMetaObject::invokeMethod(&advanced, "clicked"); });
+    EXPECT_TRUE(preview.isChecked());
+    EXPECT_TRUE(open.isChecked());
 
-TEST_F(WelcomeFormTest, AdvancedOptionsReticksTheOpenCheckButEditOptionsKeepsTheChoice)
-{
-    WelcomeForm& welcome = Open();
-    auto& openCheck = Control<QCheckBox>(welcome, "CheckOpenAfterConversion");
-    ASSERT_TRUE(openCheck.isChecked());
-
-    openCheck.setChecked(false);
-    WhenModalAppears(QStringLiteral("OtherOptionsForm"),
-                     [this](QWidget& page) { runtime.Unload(static_cast<Form&>(page)); });
-    QMetaObject::invokeMethod(&Control<QLabel>(welcome, "LabelAdvancedOption"), "clicked");
-    EXPECT_TRUE(openCheck.isChecked()) << "LaunchWord still held 1";
-
-    openCheck.setChecked(false);
-    WhenModalAppears(QStringLiteral("DocumentTypeForm"),
-                     [this](QWidget& page) { runtime.Unload(static_cast<Form&>(page)); });
-    Control<QPushButton>(welcome, "ButtonEditOptions").click();
-    EXPECT_FALSE(openCheck.isChecked());
+    // Edit Options writes the dialog's checks first.
+    open.setChecked(false);
+    Visit("DocumentTypeForm", [&] { Get(welcome, "ButtonEditOptions").click(); });
+    EXPECT_FALSE(open.isChecked());
     EXPECT_EQ(env.state.LaunchWord, 0);
+    EXPECT_EQ(env.state.PreviewThumb, 1);
     EXPECT_EQ(runtime.LoadedForms().size(), 1) << "the pages are unloaded after the walk";
 }
 
-TEST_F(WelcomeFormTest, DoneSavesTheOptionsAndEndsTheRun)
+TEST_F(WelcomeFormTest, CancelSavesNothingWhileConvertAndDoneSaveAndEndTheRun)
 {
     QSignalSpy ended(&runtime, &DialogRuntime::AllUnloaded);
-    WelcomeForm& welcome = Open();
-    Control<QCheckBox>(welcome, "CheckPreview").setChecked(false);
-    Control<QPushButton>(welcome, "ButtonConvert").click();
-
+    Get(Open(RunModes::Convert), "ButtonCancel").click();
     EXPECT_EQ(ended.count(), 1);
-    EXPECT_TRUE(runtime.LoadedForms().isEmpty());
-    EXPECT_EQ(env.state.PreviewThumb, 0);
-    EXPECT_EQ(env.store.values.value(QStringLiteral("RTF/PreviewThumb")).toInt(), 0);
-    EXPECT_TRUE(env.store.values.value(QStringLiteral("VOREK - RTF"))
-                    .toString()
-                    .startsWith(QStringLiteral("<?XML")));
-    EXPECT_TRUE(flow.conversionsWhileHidden.isEmpty());
-}
-
-TEST_F(WelcomeFormTest, CancelEndsTheRunWithoutSaving)
-{
-    env.state.RunMode = 1;
-    WelcomeForm& welcome = Open();
-    Control<QPushButton>(welcome, "ButtonCancel").click();
-    EXPECT_TRUE(runtime.LoadedForms().isEmpty());
     EXPECT_TRUE(env.store.writes.isEmpty());
-}
 
-TEST_F(WelcomeFormTest, ConvertAsksForTheTargetUnlessHosted)
-{
-    env.state.RunMode = 1;
+    // A cancelled save dialog leaves the dialog open; the run goes on hidden.
     flow.askResult = false;
-    WelcomeForm& welcome = Open();
-    Control<QComboBox>(welcome, "ComboPageRange").setCurrentIndex(1);
-    Control<QPushButton>(welcome, "ButtonConvert").click();
-    EXPECT_EQ(flow.asks, 1);
-    EXPECT_TRUE(flow.conversionsWhileHidden.isEmpty());
-    EXPECT_TRUE(runtime.IsLoaded(&welcome)) << "a cancelled save dialog leaves the dialog open";
+    WelcomeForm& welcome = Open(RunModes::Convert);
+    Get<QComboBox>(welcome, "ComboPageRange").setCurrentIndex(1);
+    Get(welcome, "ButtonConvert").click();
+    EXPECT_TRUE(runtime.IsLoaded(&welcome));
     EXPECT_EQ(env.state.UsingPageRange, 1);
-
     flow.askResult = true;
-    Control<QPushButton>(welcome, "ButtonConvert").click();
+    Get(welcome, "ButtonConvert").click();
     EXPECT_EQ(flow.asks, 2);
-    EXPECT_EQ(flow.conversionsWhileHidden, QList<bool>{true});
-    EXPECT_TRUE(runtime.LoadedForms().isEmpty());
-}
+    EXPECT_EQ(flow.conversions, QList<bool>{true});
+    EXPECT_EQ(ended.count(), 2);
 
-TEST_F(WelcomeFormTest, HostedRunIsPlacedOnTheWordProcessorAndNeverAsks)
-{
-    env.state.RunMode = 1;
+    // For a word processor, the dialog opens over its window and never asks.
     env.state.HostedByWord = -1;
-    env.state.WordWindowHint = QStringLiteral("Document1");
-    WelcomeForm& welcome = Open();
+    WelcomeForm& hosted = Open(RunModes::Convert);
     EXPECT_TRUE(env.processUtility.calls.contains(QStringLiteral("GetProcessID(soffice.bin,0)")));
-    EXPECT_FALSE(Control<QCheckBox>(welcome, "CheckOpenAfterConversion").isEnabled());
-    Control<QPushButton>(welcome, "ButtonConvert").click();
-    EXPECT_EQ(flow.asks, 0);
-    EXPECT_EQ(flow.conversionsWhileHidden, QList<bool>{true});
-}
+    EXPECT_FALSE(Get(hosted, "CheckOpenAfterConversion").isEnabled());
+    Get(hosted, "ButtonConvert").click();
+    EXPECT_EQ(flow.asks, 2);
+    EXPECT_EQ(flow.conversions, QList<bool>({true, true}));
 
-TEST_F(WelcomeFormTest, HelpOpensTheMainTopic)
-{
-    WelcomeForm& welcome = Open();
-    Control<QPushButton>(welcome, "ButtonHelp").click();
-    ASSERT_EQ(env.help.anchors.size(), 1);
-    EXPECT_EQ(env.help.anchors.first(), QStringLiteral("convertPDF"));
-    EXPECT_TRUE(env.help.pages.first().endsWith(QStringLiteral("options.htm")));
-}
-
-TEST_F(WelcomeFormTest, UnloadSweepsTheTemporaryFiles)
-{
-    const QString leftOver = QDir::temp().filePath(QStringLiteral("~SVdead.tmp_1.bmp"));
-    QFile file(leftOver);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.close();
-    WelcomeForm& welcome = Open();
-    runtime.Unload(welcome);
-    EXPECT_FALSE(QFile::exists(leftOver));
+    WelcomeForm& options = Open(RunModes::OptionsOnly);
+    Get(options, "CheckPreview").setChecked(false);
+    Get(options, "ButtonConvert").click();
+    EXPECT_EQ(ended.count(), 4);
+    EXPECT_EQ(env.store.values.value(SettingsNames::PreviewThumb).toInt(), 0);
+    EXPECT_EQ(StoredOption("ConversionMethod"), QStringLiteral("2"));
+    EXPECT_EQ(flow.conversions.size(), 2);
 }
 
 }  // namespace

@@ -472,7 +472,8 @@ TEST(DebianPackage, DeclaresItsDependenciesAndPassesLintian)
         // From the libraries the programs link: found by shlibdeps, not written by hand.
         {"Depends", QRegularExpression("(^|, )libqt6widgets6 \\(>= [^)]+\\)")},
         {"Depends", QRegularExpression("(^|, )libc6 \\(>= [^)]+\\)")},
-        {"Recommends", QRegularExpression("^libreoffice-writer-nogui \\| libreoffice-writer$")},
+        {"Depends", QRegularExpression("(^|, )tesseract-ocr-eng(,|$)")},
+        {"Recommends", QRegularExpression("^libreoffice-writer-nogui \\| libreoffice-writer(,|$)")},
         {"Maintainer", QRegularExpression("^.+ <.+@.+>$")},
         {"Section", QRegularExpression("^\\S+$")},
     };

@@ -1,6 +1,5 @@
-// Every caption of every dialog shows whole, in the language of the run, with the fonts the
-// program maps the dialogs' fonts to: labels within their width (or their height where they
-// wrap), buttons, check boxes and option buttons with their indicators, frames' titles.
+// Every caption of every dialog shows whole, in the language of the run and with the fonts the
+// program maps the dialogs' fonts to.
 
 #include "conversion/ThumbnailForm.h"
 #include "conversion/WaitForm.h"
@@ -22,43 +21,41 @@
 
 namespace {
 
-// What does not fit, as "name: needs N, has M".
+// The room a control's caption needs and the room it has, or nothing for a control without one.
+std::optional<std::pair<int, int>> Room(QWidget& control)
+{
+    const int width = control.width();
+    if (auto* label = qobject_cast<QLabel*>(&control)) {
+        if (label->text().isEmpty() || !label->pixmap().isNull())
+            return std::nullopt;
+        if (label->wordWrap())
+            return std::pair(label->heightForWidth(width), label->height());
+        return std::pair(label->sizeHint().width(), width);
+    }
+    if (qobject_cast<QCheckBox*>(&control) || qobject_cast<QRadioButton*>(&control))
+        return std::pair(control.sizeHint().width(), width);
+    // A push button's text needs room for the bevel on either side, not its sizeHint's generous
+    // minimum.
+    if (auto* button = qobject_cast<QPushButton*>(&control))
+        return std::pair(
+            button->fontMetrics().horizontalAdvance(DisplayedCaption(button->text())) + 8, width);
+    if (auto* frame = qobject_cast<QGroupBox*>(&control))
+        return std::pair(frame->fontMetrics().horizontalAdvance(frame->title()) + 16, width);
+    return std::nullopt;
+}
+
+// What does not fit on the dialog, as "name "text": needs N, has M".
 QStringList Overflowing(QWidget& dialog)
 {
     QStringList found;
     for (QWidget* control : dialog.findChildren<QWidget*>()) {
-        if (!control->isVisibleTo(&dialog) || control->objectName().isEmpty())
-            continue;
-        int needed = 0;
-        int has = control->width();
-        if (auto* label = qobject_cast<QLabel*>(control)) {
-            if (label->text().isEmpty() || !label->pixmap().isNull())
-                continue;
-            if (label->wordWrap()) {
-                needed = label->heightForWidth(label->width());
-                has = label->height();
-            } else {
-                needed = label->sizeHint().width();
-            }
-        } else if (qobject_cast<QCheckBox*>(control) || qobject_cast<QRadioButton*>(control)) {
-            if (static_cast<QAbstractButton*>(control)->text().isEmpty())
-                continue;
-            needed = control->sizeHint().width();
-        } else if (auto* button = qobject_cast<QPushButton*>(control)) {
-            // A push button's text needs room for the bevel on either side, not its sizeHint's
-            // generous minimum.
-            needed = button->fontMetrics().horizontalAdvance(DisplayedCaption(button->text())) + 8;
-        } else if (auto* frame = qobject_cast<QGroupBox*>(control)) {
-            needed = frame->fontMetrics().horizontalAdvance(frame->title()) + 16;
-        } else {
-            continue;
-        }
-        if (needed > has)
-            found.append(
-                QStringLiteral("%1 \"%2\": needs %3, has %4")
-                    .arg(control->objectName(), control->property("text").toString().left(40))
-                    .arg(needed)
-                    .arg(has));
+        const auto room = Room(*control);
+        if (room && room->first > room->second && control->isVisibleTo(&dialog) &&
+            !control->objectName().isEmpty())
+            found.append(QStringLiteral("%1 \"%2\": needs %3, has %4")
+                             .arg(control->objectName(), control->property("text").toString())
+                             .arg(room->first)
+                             .arg(room->second));
     }
     return found;
 }
@@ -71,7 +68,6 @@ protected:
     void ExpectAllFits(Form& form)
     {
         runtime.Show(form);
-        ProcessPendingEvents();
         EXPECT_EQ(Overflowing(form), QStringList()) << form.objectName().toStdString();
         runtime.Hide(form);
     }
@@ -81,15 +77,11 @@ TEST_F(TextFitTest, EveryCaptionOfEveryDialogShowsWhole)
 {
     env.state.DocumentFormat = 1;
     env.state.ConversionMethod = 1;
-    env.state.PreserveTextPosition = 1;
     env.state.DocumentType = 3;
-    env.state.ImageFormat = 0;
     for (const qint32 mode : {RunModes::Convert, RunModes::OptionsOnly}) {
         env.state.RunMode = mode;
-        env.state.SourcePath = QStringLiteral("/data/report.pdf");
         ExpectAllFits(forms.Welcome());
         runtime.Unload(forms.Welcome());
-        ProcessPendingEvents();
     }
     ExpectAllFits(forms.DocumentType());
     ExpectAllFits(forms.ConversionMethod());
@@ -103,9 +95,9 @@ TEST_F(TextFitTest, EveryCaptionOfEveryDialogShowsWhole)
     ExpectAllFits(runtime.Instance(pageRange, PageRange{0, 1233}, 1234, range));
     QPointer<WaitForm> wait;
     ExpectAllFits(runtime.Instance(wait, env.context));
+    // Shown, the preview dialog would run the engine at once.
     QPointer<ThumbnailForm> thumbnail;
-    runtime.Instance(thumbnail, env.context);
-    thumbnail->show();
+    runtime.Instance(thumbnail, env.context).show();
     EXPECT_EQ(Overflowing(*thumbnail), QStringList());
 }
 

@@ -1,159 +1,103 @@
-#include "RecorderSupport.h"
+// Help: each topic reaches the viewer as a page and an anchor, failures are told in the user's
+// language, the viewer program is let go of at once, and its window shows each topic.
 
-#include "platform/HelpViewer.h"
-#include "platform/ProcessLauncher.h"
-#include "platform/helpviewer/HelpWindow.h"
 #include "services/Help.h"
+#include "platform/helpviewer/HelpWindow.h"
 #include "support/FakeServices.h"
 #include "support/ModalDriver.h"
 
+#include "TestPaths.h"
+
 #include <QAction>
-#include <QFile>
-#include <QRegularExpression>
 #include <QScrollBar>
-#include <QTemporaryDir>
 #include <QTextBrowser>
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace {
 
-const QString AppDir = QStringLiteral("/opt/velmora");
+const QString Folder = QStringLiteral("/opt/velmora/Sandpiper");
 
-TEST(HelpTest, EachDialogsTopicOpensItsPageAtItsAnchor)
+TEST(HelpTest, EachTopicOpensItsPageAtItsAnchorAndFailuresAreToldInTheUsersLanguage)
 {
-    struct Row
-    {
-        QString topic;
-        QString page;
-        QString anchor;
+    const QString rows[][3] = {
+        {HelpTopics::Main, QStringLiteral("options.htm"), QStringLiteral("convertPDF")},
+        {HelpTopics::DocumentType, QStringLiteral("options.htm"), QStringLiteral("convertPDFType")},
+        {HelpTopics::Advanced, QStringLiteral("options.htm"), QStringLiteral("convertPDFAdvanced")},
+        {QStringLiteral("::/Vorek/use.htm"), QStringLiteral("Vorek/use.htm"), QString()},
     };
-    const QString options = AppDir + QStringLiteral("/Sandpiper/options.htm");
-    const QList<Row> rows = {
-        {HelpTopics::Main, options, QStringLiteral("convertPDF")},
-        {HelpTopics::DocumentType, options, QStringLiteral("convertPDFType")},
-        {HelpTopics::ConversionMethod, options, QStringLiteral("convertPDFConversion")},
-        {HelpTopics::Advanced, options, QStringLiteral("convertPDFAdvanced")},
-        {QStringLiteral("::/Vorek/use.htm"), AppDir + QStringLiteral("/Sandpiper/Vorek/use.htm"),
-         QString()},
-    };
-    FakeHelpViewer viewer;
-    for (const Row& row : rows)
-        ShowHelpTopic(viewer, AppDir, row.topic, nullptr);
-    ASSERT_EQ(viewer.pages.size(), rows.size());
-    for (qsizetype i = 0; i < rows.size(); ++i) {
-        EXPECT_EQ(viewer.pages.at(i), rows.at(i).page) << rows.at(i).topic.toStdString();
-        EXPECT_EQ(viewer.anchors.at(i), rows.at(i).anchor) << rows.at(i).topic.toStdString();
-        EXPECT_EQ(viewer.contents.at(i), AppDir + QStringLiteral("/Sandpiper/Vorek/use.htm"));
-    }
-}
-
-TEST(HelpTest, AViewerThatFailsIsToldToTheUserInTheirLanguage)
-{
-    const bool japanese = qEnvironmentVariable("VELMORA_TEST_LOCALE") == QStringLiteral("ja");
-    struct Row
-    {
-        HelpViewer::Failure failure;
-        const char* english;
-        const char* japanese;
-    };
-    const Row rows[] = {
-        {HelpViewer::Failure::NoSuchPage,
-         "Unable to open the help page /opt/velmora/Sandpiper/options.htm: the page does not "
-         "exist",
-         "ヘルプ ページ /opt/velmora/Sandpiper/options.htm を開けませんでした: "
-         "ページが見つかりません"},
-        {HelpViewer::Failure::ViewerDidNotStart,
-         "Unable to open the help page /opt/velmora/Sandpiper/options.htm: the help viewer could "
-         "not be started",
-         "ヘルプ ページ /opt/velmora/Sandpiper/options.htm を開けませんでした: "
-         "ヘルプ ビューアーを起動できませんでした"},
-    };
-    for (const Row& row : rows) {
+    for (const auto& [topic, page, anchor] : rows) {
         FakeHelpViewer viewer;
-        viewer.failure = row.failure;
-        SeenMessage seen;
-        AnswerNextMessageBox(QMessageBox::Ok, &seen);
-        ShowHelpTopic(viewer, AppDir, HelpTopics::Advanced, nullptr);
-        ASSERT_TRUE(seen.shown);
-        EXPECT_EQ(seen.text, QString::fromUtf8(japanese ? row.japanese : row.english));
-        EXPECT_EQ(seen.title, QStringLiteral("PDF to Word Converter"));
+        ShowHelpTopic(viewer, QStringLiteral("/opt/velmora"), topic, nullptr);
+        EXPECT_EQ(viewer.pages, QStringList{Folder + u'/' + page});
+        EXPECT_EQ(viewer.anchors, QStringList{anchor});
+        EXPECT_EQ(viewer.contents, QStringList{Folder + QStringLiteral("/Vorek/use.htm")});
     }
-}
-
-TEST(HelpTest, TheHelpFilePropertyNamesTheStartPage)
-{
-    EXPECT_EQ(ApplicationHelpFile(AppDir),
-              QStringLiteral("/opt/velmora/Sandpiper::/Vorek/use.htm"));
+    // F1's help is the start page of the help file set at the start.
     SetApplicationHelpFile(ApplicationHelpFile(QStringLiteral("/srv/app")));
-    EXPECT_EQ(ApplicationHelpFileProperty(), QStringLiteral("/srv/app/Sandpiper::/Vorek/use.htm"));
-
     FakeHelpViewer viewer;
     ShowApplicationHelp(viewer, nullptr);
     EXPECT_EQ(viewer.pages, QStringList{QStringLiteral("/srv/app/Sandpiper/Vorek/use.htm")});
-    EXPECT_EQ(viewer.anchors, QStringList{QString()});
+
+    const bool japanese = qEnvironmentVariable("VELMORA_TEST_LOCALE") == QStringLiteral("ja");
+    viewer.failure = HelpViewer::Failure::ViewerDidNotStart;
+    SeenMessage seen;
+    AnswerNextMessageBox(QMessageBox::Ok, &seen);
+    ShowHelpTopic(viewer, QStringLiteral("/opt/velmora"), HelpTopics::Advanced, nullptr);
+    EXPECT_EQ(seen.text, japanese ? QStringLiteral("ヘルプ ページ %1 を開けませんでした: "
+                                                   "ヘルプ ビューアーを起動できませんでした")
+                                        .arg(Folder + QStringLiteral("/options.htm"))
+                                  : QStringLiteral("Unable to open the help page %1: the help "
+                                                   "viewer could not be started")
+                                        .arg(Folder + QStringLiteral("/options.htm")));
+}
+
+// The viewer program gets the pages and is let go of: one that never ends doesn't hold the call.
+TEST(HelpTest, TheViewerProgramIsStartedForAPageThatExistsAndNotWaitedFor)
+{
+    const QString page = QStringLiteral(VELMORA_APP_DIR "/Sandpiper/options.htm");
+    FakeLauncher launcher;
+    launcher.programs.insert(QStringLiteral("/opt/velmora/VelmoraHelp"), {-1, 0});
+    const auto viewer = CreateHelpViewer(launcher, QStringLiteral("/opt/velmora"));
+    EXPECT_EQ(viewer->ShowPage(QStringLiteral("c.htm"), page, QStringLiteral("convertPDF")),
+              HelpViewer::Failure::None);
+    EXPECT_EQ(launcher.requests.value(0).arguments,
+              (QStringList{QStringLiteral("c.htm"), page, QStringLiteral("convertPDF")}));
+    EXPECT_EQ(viewer->ShowPage(page, Folder + QStringLiteral("/gone.htm"), QString()),
+              HelpViewer::Failure::NoSuchPage);
+    launcher.startError = ENOENT;
+    EXPECT_EQ(viewer->ShowPage(page, page, QString()), HelpViewer::Failure::ViewerDidNotStart);
+    EXPECT_EQ(launcher.requests.size(), 2) << "a missing page starts no viewer";
 }
 
 // The real viewer window on the shipped pages: each topic shows its section at the top, and
-// back, forward and contents move between pages.
+// back and contents move between pages.
 TEST(HelpTest, TheViewerWindowShowsEachTopicAtItsAnchor)
 {
     const QString folder = QStringLiteral(VELMORA_APP_DIR "/Sandpiper");
     HelpWindow window(QUrl::fromLocalFile(folder + QStringLiteral("/Vorek/use.htm")), false);
     window.resize(600, 300);
     window.show();
-    QTextBrowser& browser = window.Browser();
     int previous = -1;
-    for (const QString& anchor :
-         {QStringLiteral("convertPDF"), QStringLiteral("convertPDFType"),
-          QStringLiteral("convertPDFConversion"), QStringLiteral("convertPDFAdvanced")}) {
+    for (const char* anchor :
+         {"convertPDF", "convertPDFType", "convertPDFConversion", "convertPDFAdvanced"}) {
         QUrl page = QUrl::fromLocalFile(folder + QStringLiteral("/options.htm"));
-        page.setFragment(anchor);
+        page.setFragment(QLatin1String(anchor));
         window.ShowTopic(page);
         ProcessPendingEvents();
-        const int offset = browser.verticalScrollBar()->value();
-        EXPECT_GT(offset, previous) << anchor.toStdString() << " is further down the page";
+        const int offset = window.Browser().verticalScrollBar()->value();
+        EXPECT_GT(offset, previous) << anchor << " is further down the page";
         previous = offset;
     }
     auto* contents = window.findChild<QAction*>(QStringLiteral("ActionContents"));
     auto* back = window.findChild<QAction*>(QStringLiteral("ActionBack"));
     ASSERT_TRUE(contents && back);
     contents->trigger();
-    EXPECT_TRUE(browser.source().path().endsWith(QStringLiteral("/Vorek/use.htm")));
-    EXPECT_TRUE(back->isEnabled());
+    EXPECT_TRUE(window.Browser().source().path().endsWith(QStringLiteral("/Vorek/use.htm")));
     back->trigger();
-    EXPECT_TRUE(browser.source().path().endsWith(QStringLiteral("/options.htm")));
-}
-
-TEST(HelpTest, TheViewerProgramGetsThePagesAndIsNotWaitedFor)
-{
-    QTemporaryDir appDir;
-    ASSERT_TRUE(appDir.isValid());
-    ASSERT_TRUE(QFile::link(RecorderProgram(), appDir.filePath(QStringLiteral("VelmoraHelp"))));
-    const QString record = appDir.filePath(QStringLiteral("record"));
-    qputenv("VELMORA_RECORD_FILE", QFile::encodeName(record));
-    qputenv("VELMORA_RECORD_DELAY_MS", "1500");
-
-    const auto launcher = CreateProcessLauncher();
-    const std::unique_ptr<HelpViewer> viewer = CreateHelpViewer(*launcher, appDir.path());
-    const QString page = QStringLiteral(VELMORA_APP_DIR "/Sandpiper/options.htm");
-    const QString start = QStringLiteral(VELMORA_APP_DIR "/Sandpiper/Vorek/use.htm");
-    EXPECT_EQ(viewer->ShowPage(start, page, QStringLiteral("convertPDFType")),
-              HelpViewer::Failure::None);
-    EXPECT_FALSE(QFile::exists(record)) << "the viewer was waited for";
-    const std::optional<Recorded> seen = ReadRecord(record, 20000);
-    ASSERT_TRUE(seen.has_value());
-    EXPECT_EQ(seen->arguments, (QStringList{start, page, QStringLiteral("convertPDFType")}));
-
-    // A page that isn't there is refused before any viewer starts; a missing viewer is told.
-    QFile::remove(record);
-    EXPECT_EQ(viewer->ShowPage(start, appDir.filePath(QStringLiteral("gone.htm")), QString()),
-              HelpViewer::Failure::NoSuchPage);
-    QFile::remove(appDir.filePath(QStringLiteral("VelmoraHelp")));
-    EXPECT_EQ(viewer->ShowPage(start, page, QString()), HelpViewer::Failure::ViewerDidNotStart);
-    EXPECT_FALSE(ReadRecord(record, 300).has_value());
-    qunsetenv("VELMORA_RECORD_FILE");
-    qunsetenv("VELMORA_RECORD_DELAY_MS");
+    EXPECT_TRUE(window.Browser().source().path().endsWith(QStringLiteral("/options.htm")));
 }
 
 }  // namespace

@@ -1,174 +1,109 @@
-// Starting programs and opening documents as the conversion does: the shell codes and their
-// messages, the wait that keeps the dialogs alive, and, with real programs, arguments that
-// arrive verbatim, programs that are collected, and documents that open in their application
-// without being waited for.
-
-#include "RecorderSupport.h"
+// Starting programs and opening documents as the conversion does: the shell codes and that they
+// are told, and, with real programs, arguments that arrive verbatim, programs collected once let
+// go, and documents that open in their application without being waited for.
 
 #include "services/ShellLaunching.h"
 #include "support/FakeServices.h"
 #include "support/ModalDriver.h"
 
-#include <QApplication>
-#include <QDialog>
-#include <QFile>
+#include "TestPaths.h"
+
 #include <QTemporaryDir>
-#include <QTimer>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
 
-#include <unistd.h>
+#include <sys/wait.h>
 
 namespace {
 
-constexpr qint16 ReportOn = -1;
-constexpr qint16 ReportOff = 0;
+// A program of the tests that writes the arguments it got to VELMORA_RECORD_FILE, once the file
+// that VELMORA_RECORD_HOLD names exists when that is set.
+const QString Recorder = QStringLiteral(VELMORA_TEST_BINARY_DIR "/services_argv_recorder");
 
-// Children of this process that have ended and were never collected, once a released program
-// that is ending just now has had a moment to be collected.
-QStringList SettledZombies()
+// The arguments recorded at `file`, once it appears within `timeoutMs`.
+std::optional<QStringList> Recorded(const QString& file, int timeoutMs)
 {
-    QStringList zombies;
-    for (int round = 0; round < 150; ++round) {
-        zombies.clear();
-        const QString self = QString::number(::getpid());
-        for (const QString& pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
-            QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-            if (!stat.open(QIODevice::ReadOnly))
-                continue;
-            const QString text = QString::fromLatin1(stat.readAll());
-            const QStringList fields = text.mid(text.lastIndexOf(u')') + 2).split(u' ');
-            if (fields.size() >= 2 && fields.at(0) == QStringLiteral("Z") && fields.at(1) == self)
-                zombies.append(pid);
-        }
-        if (zombies.isEmpty())
-            break;
-        QThread::msleep(20);
+    for (int waited = 0; !QFile::exists(file); waited += 10) {
+        if (waited >= timeoutMs)
+            return std::nullopt;
+        QThread::msleep(10);
     }
-    return zombies;
+    QFile record(file);
+    QStringList arguments =
+        QString::fromUtf8(record.open(QIODevice::ReadOnly) ? record.readAll() : "").split(QChar());
+    arguments.removeLast();  // every argument ends in a NUL
+    return arguments;
 }
 
-TEST(ShellLaunching, EveryFailureHasItsCodeAndItsMessageWhenAskedFor)
+// Each failure has its code, and its message when asked for: the English text, or in Japanese
+// another one about the same file.
+TEST(ShellLaunching, AStartThatFailsGivesItsCodeAndIsToldWhenAskedTo)
 {
-    struct Row
-    {
-        const char* what;
-        QString verb;
-        QString file;
-        int error;  // what the system says to the start
-        qint32 code;
-        const char* message;
-    };
     const QString missing = QDir::tempPath() + QStringLiteral("/engine");
-    const QList<Row> rows = {
-        {"missing program", OpenVerb, missing, ENOENT, 2, "engine is not found!"},
-        {"quoted", OpenVerb, u'"' + missing + u'"', ENOENT, 2, "engine\" is not found!"},
-        {"bare name", OpenVerb, QStringLiteral("nothing-here"), ENOENT, 2,
-         "nothing-here is not found!"},
-        {"missing folder", OpenVerb, QStringLiteral("/no/such/folder/x"), ENOENT, 3,
-         "/no/such/folder/x is not found!"},
-        {"not a program", OpenVerb, missing, EACCES, 5, "engine is denied!"},
-        {"no memory", OpenVerb, missing, ENOMEM, 8,
-         "There was not enough memory to complete the operation!"},
-        {"bad format", OpenVerb, missing, ENOEXEC, 11,
-         "Unable to call the host application for opening (11)"},
-        {"busy", OpenVerb, missing, ETXTBSY, 32,
-         "Unable to call the host application for opening (32)"},
-        {"print verb", QStringLiteral("print"), missing, 0, 31,
-         "There is no application associated with the given file name extension for "
-         "printing!\n\nPlease open the file manually and print from there."},
-        {"PRINT is no print verb", QStringLiteral("PRINT"), missing, 0, 31,
+    const char* const noPrinter = "There is no application associated with the given file name "
+                                  "extension for printing!\n\nPlease open the file manually and "
+                                  "print from there.";
+    const std::tuple<QString, QString, int, qint32, const char*> rows[] = {
+        // verb, program, what the system says to the start, code, message
+        {OpenVerb, u'"' + missing + u'"', ENOENT, 2, "<file> is not found!"},
+        {OpenVerb, QStringLiteral("nothing-here"), ENOENT, 2, "<file> is not found!"},
+        {OpenVerb, QStringLiteral("/no/such/folder/x"), ENOENT, 3, "<file> is not found!"},
+        {OpenVerb, missing, EACCES, 5, "Access to <file> is denied!"},
+        {QString(), missing, ENOMEM, 8, "There was not enough memory to complete the operation!"},
+        {OpenVerb, missing, ETXTBSY, 32, "Unable to call the host application for opening (32)"},
+        {OpenVerb, missing, EIO, 1, "Unable to call the host application for opening (1)"},
+        {QStringLiteral("print"), missing, 0, 31, noPrinter},
+        {QStringLiteral("PRINT"), missing, 0, 31,
          "There is no application associated with the given file name extension!"},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+    const bool japanese = qEnvironmentVariable("LANG").startsWith(QStringLiteral("ja"));
+    for (const auto& [verb, file, error, code, message] : rows) {
+        SCOPED_TRACE(file.toStdString() + " " + std::to_string(error));
         FakeLauncher launcher;
-        launcher.startError = row.error;
+        launcher.startError = error;
         ProcessHandle handle;
         MessageBoxWatch quiet;
-        EXPECT_EQ(
-            LaunchProcess(launcher, nullptr, row.verb, row.file, {}, ShowNormal, handle, ReportOff),
-            row.code);
+        EXPECT_EQ(LaunchProcess(launcher, nullptr, verb, file, {}, ShowNormal, handle, 0), code);
         ProcessPendingEvents();
         EXPECT_EQ(quiet.Count(), 0);
         EXPECT_FALSE(handle);
-        EXPECT_EQ(launcher.requests.size(), row.error ? 1 : 0) << "only open starts a program";
+        ASSERT_EQ(launcher.requests.size(), error ? 1 : 0) << "only open starts a program";
+        EXPECT_FALSE(error && launcher.requests.first().program.contains(u'"'));
 
         SeenMessage seen;
         AnswerNextMessageBox(QMessageBox::Ok, &seen);
-        EXPECT_EQ(LaunchAndWait(launcher, nullptr, row.verb, row.file, {}, ShowNormal), row.code);
-        EXPECT_TRUE(seen.text.endsWith(QString::fromUtf8(row.message))) << seen.text.toStdString();
+        EXPECT_EQ(LaunchAndWait(launcher, nullptr, verb, file, {}, ShowNormal), code);
+        const QString english = QString::fromUtf8(message).replace(QStringLiteral("<file>"), file);
+        EXPECT_EQ(seen.text == english, !japanese) << seen.text.toStdString();
+        EXPECT_EQ(seen.text.contains(file), english.contains(file));
         EXPECT_EQ(seen.icon, QMessageBox::Critical);
     }
 }
 
-TEST(ShellLaunching, WaitingPumpsEventsBetweenSlicesUntilTheProgramEnds)
-{
-    struct Row
-    {
-        qint32 waits;
-        bool pumped;
-    };
-    // A program that has ended at the first look is noticed without pumping.
-    for (const Row row : {Row{1, false}, Row{4, true}}) {
-        FakeLauncher launcher;
-        launcher.programs.insert(QStringLiteral("/opt/velmora/engine"), {row.waits, 0});
-        bool pumped = false;
-        QTimer::singleShot(0, [&pumped] { pumped = true; });
-        EXPECT_EQ(LaunchAndWait(launcher, nullptr, OpenVerb, QStringLiteral("/opt/velmora/engine"),
-                                {QStringLiteral("a b")}, ShowNormal),
-                  42);
-        EXPECT_EQ(pumped, row.pumped) << row.waits;
-        ASSERT_EQ(launcher.requests.size(), 1);
-        EXPECT_EQ(launcher.requests.first().arguments, QStringList{QStringLiteral("a b")});
-        ProcessPendingEvents();
-    }
-}
-
-TEST(ShellLaunching, OpeningADocumentGivesTheCodeOfWhatHappened)
+TEST(ShellLaunching, OpeningADocumentTellsWhatWentWrongWhenAskedTo)
 {
     QTemporaryDir dir;
     const QString document = dir.filePath(QStringLiteral("result.doc"));
     QFile(document).open(QIODevice::WriteOnly);
-    struct Row
-    {
-        const char* what;
-        QString path;
-        DocumentOpener::Result result;
-        const char* message;  // empty: opened
+    const std::tuple<QString, DocumentOpener::Result, quint32> rows[] = {
+        {document, DocumentOpener::Result::Opened, 0},
+        {document, DocumentOpener::Result::NoAssociation, 31},
+        {dir.filePath(QStringLiteral("gone.doc")), DocumentOpener::Result::Opened, 2},
+        {dir.filePath(QStringLiteral("gone/x.doc")), DocumentOpener::Result::Opened, 3},
     };
-    const QList<Row> rows = {
-        {"opened", document, DocumentOpener::Result::Opened, ""},
-        {"no application", document, DocumentOpener::Result::NoAssociation,
-         "There is no application associated with the given file name extension!"},
-        {"application failed", document, DocumentOpener::Result::StartFailed,
-         "Unable to call the host application for opening (1)"},
-        {"missing", dir.filePath(QStringLiteral("gone.doc")), DocumentOpener::Result::Opened,
-         "/gone.doc is not found!"},
-        {"missing folder", dir.filePath(QStringLiteral("gone/x.doc")),
-         DocumentOpener::Result::Opened, "/gone/x.doc is not found!"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto& [path, result, code] : rows) {
         FakeOpener opener;
-        opener.result = row.result;
+        opener.result = result;
         MessageBoxWatch seen;
-        OpenDocument(opener, nullptr, row.path, ReportOn);
+        OpenDocument(opener, nullptr, path, -1);
+        OpenDocument(opener, nullptr, path, 0);
         ProcessPendingEvents();
-        if (QByteArray(row.message).isEmpty()) {
-            EXPECT_EQ(seen.Count(), 0);
-            EXPECT_EQ(opener.opened, QStringList{document});
-        } else {
-            ASSERT_EQ(seen.Count(), 1);
-            EXPECT_TRUE(seen.Texts().first().endsWith(QString::fromUtf8(row.message)))
-                << seen.Texts().first().toStdString();
-        }
-        MessageBoxWatch quiet;
-        OpenDocument(opener, nullptr, row.path, ReportOff);
-        ProcessPendingEvents();
-        EXPECT_EQ(quiet.Count(), 0);
+        EXPECT_EQ(seen.Texts(),
+                  code ? QStringList{ShellFailureMessage(code, OpenVerb, path)} : QStringList());
+        EXPECT_EQ(opener.opened.size(), path == document ? 2 : 0);
     }
 }
 
@@ -176,14 +111,12 @@ TEST(ShellLaunching, OpeningADocumentGivesTheCodeOfWhatHappened)
 TEST(RealPrograms, GetTheirArgumentsVerbatimAndAreCollectedWhenLetGo)
 {
     QTemporaryDir dir;
-    const QString folder = dir.filePath(QStringLiteral("with blanks $(x); 'q'"));
-    ASSERT_TRUE(QDir().mkpath(folder));
-    const QString program = folder + QStringLiteral("/-rec order");
-    ASSERT_TRUE(QFile::copy(RecorderProgram(), program));
+    const QString program = dir.filePath(QStringLiteral("with blanks $(x); 'q'/-rec order"));
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(program).path()));
+    ASSERT_TRUE(QFile::copy(Recorder, program));
     const QString record = dir.filePath(QStringLiteral("record"));
     qputenv("VELMORA_RECORD_FILE", QFile::encodeName(record));
     const auto launcher = CreateProcessLauncher();
-
     const QStringList arguments = {
         QStringLiteral("a b"),   QStringLiteral("-dash"), QStringLiteral("$(touch pwned)"),
         QStringLiteral(";"),     QStringLiteral("\"q\""), QString(),
@@ -191,88 +124,80 @@ TEST(RealPrograms, GetTheirArgumentsVerbatimAndAreCollectedWhenLetGo)
     EXPECT_EQ(
         LaunchAndWait(*launcher, nullptr, OpenVerb, u'"' + program + u'"', arguments, ShowNormal),
         42);
-    const std::optional<Recorded> seen = ReadRecord(record);
-    ASSERT_TRUE(seen.has_value()) << "the wait ended before the program did";
-    EXPECT_EQ(seen->arguments, arguments);
-    EXPECT_FALSE(QFile::exists(QStringLiteral("pwned")));
+    EXPECT_EQ(Recorded(record, 0), arguments) << "the wait ended before the program did";
 
-    // Real start failures give their codes.
+    // Real start failures give their codes; a file that is no program is never run by a shell.
     const QString garbage = dir.filePath(QStringLiteral("garbage"));
     QFile file(garbage);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(QByteArray(64, '\x01'));
-    file.close();
+    file.write("touch pwned\n");
     file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    file.close();
     ProcessHandle none;
     for (const auto& [path, code] :
          {std::pair{dir.filePath("missing"), 2}, std::pair{dir.filePath("gone/missing"), 3},
           std::pair{dir.path(), 5}, std::pair{garbage, 11}})
-        EXPECT_EQ(
-            LaunchProcess(*launcher, nullptr, OpenVerb, path, {}, ShowNormal, none, ReportOff),
-            code)
+        EXPECT_EQ(LaunchProcess(*launcher, nullptr, OpenVerb, path, {}, ShowNormal, none, 0), code)
             << path.toStdString();
+    EXPECT_FALSE(QFile::exists(QStringLiteral("pwned")));
 
     // A program let go of while it runs, as a skipped preview is, goes on by itself and is
     // collected once it ends.
     QFile::remove(record);
-    qputenv("VELMORA_RECORD_DELAY_MS", "300");
-    ProcessHandle slow;
-    ASSERT_EQ(LaunchProcess(*launcher, nullptr, OpenVerb, RecorderProgram(),
-                            {QStringLiteral("late")}, ShowNormal, slow, ReportOn),
+    qputenv("VELMORA_RECORD_HOLD", QFile::encodeName(record + QStringLiteral(".go")));
+    ProcessHandle running;
+    ASSERT_EQ(LaunchProcess(*launcher, nullptr, OpenVerb, Recorder, {}, ShowNormal, running, -1),
               42);
-    EXPECT_FALSE(slow->WaitForEnd(0));
-    slow.reset();
-    ASSERT_TRUE(ReadRecord(record, 10000).has_value()) << "letting go ended the program";
-    EXPECT_EQ(SettledZombies(), QStringList());
-    qunsetenv("VELMORA_RECORD_FILE");
-    qunsetenv("VELMORA_RECORD_DELAY_MS");
+    EXPECT_FALSE(running->WaitForEnd(0));
+    running.reset();
+    QFile(record + QStringLiteral(".go")).open(QIODevice::WriteOnly);
+    ASSERT_TRUE(Recorded(record, 20000)) << "letting go ended the program";
+    siginfo_t zombie{};
+    for (int round = 0; round < 500; ++round, QThread::msleep(10)) {
+        zombie = {};
+        if (::waitid(P_ALL, 0, &zombie, WEXITED | WNOHANG | WNOWAIT) != 0 || zombie.si_pid == 0)
+            break;
+    }
+    EXPECT_EQ(zombie.si_pid, 0) << "a child was left a zombie";
+    qunsetenv("VELMORA_RECORD_HOLD");
 }
 
-// The desktop's real opener on a desktop of the test's own: .doc files belong to the argument
-// recorder, and nothing handles a file of zero bytes of unknown type. GIO reads the association
-// database once, so it is written before the first document is opened.
+// The desktop's real opener on a desktop of the test's own, where .doc files belong to the
+// argument recorder. GIO reads the association database once, so it is written first.
 TEST(RealDesktop, DocumentsOpenInTheirApplicationWhichIsNotWaitedFor)
 {
     const QString config = qEnvironmentVariable("XDG_CONFIG_HOME");
     const QString data = config + QStringLiteral("/../data");
     qputenv("XDG_DATA_HOME", QFile::encodeName(data));
-    QDir().mkpath(data + QStringLiteral("/applications"));
-    QDir().mkpath(config);
-    QFile entry(data + QStringLiteral("/applications/velmora-test-viewer.desktop"));
-    ASSERT_TRUE(entry.open(QIODevice::WriteOnly));
-    entry.write("[Desktop Entry]\nType=Application\nName=Viewer\nExec=" +
-                QFile::encodeName(RecorderProgram()) + " %f\nMimeType=application/msword;\n");
-    entry.close();
-    QFile associations(config + QStringLiteral("/mimeapps.list"));
-    ASSERT_TRUE(associations.open(QIODevice::WriteOnly));
-    associations.write("[Default Applications]\napplication/msword=velmora-test-viewer.desktop\n");
-    associations.close();
-
     QTemporaryDir dir;
     const QString document = dir.filePath(QStringLiteral("-My $(report);.doc"));
-    QFile documentFile(document);
-    ASSERT_TRUE(documentFile.open(QIODevice::WriteOnly));
-    documentFile.write("doc");  // an empty file would be known by its emptiness, not its name
-    documentFile.close();
     const QString unknown = dir.filePath(QStringLiteral("data.vlmunknown"));
-    QFile unknownFile(unknown);
-    ASSERT_TRUE(unknownFile.open(QIODevice::WriteOnly));
-    unknownFile.write(QByteArray(64, '\0'));
-    unknownFile.close();
+    // An empty file would be known by its emptiness, not its name.
+    for (const auto& [path, bytes] :
+         {std::pair{data + QStringLiteral("/applications/velmora-test-viewer.desktop"),
+                    "[Desktop Entry]\nType=Application\nName=Viewer\nExec=" +
+                        QFile::encodeName(Recorder) + " %f\nMimeType=application/msword;\n"},
+          std::pair{config + QStringLiteral("/mimeapps.list"),
+                    QByteArray("[Default Applications]\n"
+                               "application/msword=velmora-test-viewer.desktop\n")},
+          std::pair{document, QByteArray("doc")}, std::pair{unknown, QByteArray(64, '\0')}}) {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+    }
 
     const auto opener = CreateDocumentOpener();
     const QString record = dir.filePath(QStringLiteral("record"));
+    // The application stays until it is released: a call that waited for it would not be back.
     qputenv("VELMORA_RECORD_FILE", QFile::encodeName(record));
-    // The application takes its time: the call must be back long before it is done.
-    qputenv("VELMORA_RECORD_DELAY_MS", "1500");
+    qputenv("VELMORA_RECORD_HOLD", QFile::encodeName(record + QStringLiteral(".go")));
     EXPECT_EQ(opener->Open(document), DocumentOpener::Result::Opened);
     EXPECT_FALSE(QFile::exists(record)) << "the application was waited for";
-    const std::optional<Recorded> seen = ReadRecord(record, 20000);
-    ASSERT_TRUE(seen.has_value());
-    EXPECT_EQ(seen->arguments, QStringList{document});
+    QFile(record + QStringLiteral(".go")).open(QIODevice::WriteOnly);
+    EXPECT_EQ(Recorded(record, 20000), QStringList{document});
+    qunsetenv("VELMORA_RECORD_HOLD");
     EXPECT_EQ(opener->Open(unknown), DocumentOpener::Result::NoAssociation);
-    qunsetenv("VELMORA_RECORD_FILE");
-    qunsetenv("VELMORA_RECORD_DELAY_MS");
 }
 
 }  // namespace

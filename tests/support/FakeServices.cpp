@@ -1,7 +1,5 @@
 #include "support/FakeServices.h"
 
-#include <QDir>
-
 namespace {
 
 class FakeShell final : public SettingsShell
@@ -15,11 +13,11 @@ public:
             return std::nullopt;
         return m_store.values.value(name);
     }
-    bool RegWrite(const QString& name, const QString& text) override { return write(name, text); }
-    bool RegWriteDword(const QString& name, qint32 value) override { return write(name, value); }
+    bool RegWrite(const QString& name, const QString& text) override { return Write(name, text); }
+    bool RegWriteDword(const QString& name, qint32 value) override { return Write(name, value); }
 
 private:
-    bool write(const QString& name, const QVariant& value)
+    bool Write(const QString& name, const QVariant& value)
     {
         if (m_store.failWrites)
             return false;
@@ -30,106 +28,6 @@ private:
 
     FakeStore& m_store;
 };
-
-}  // namespace
-
-SettingsShellFactory FakeStore::Factory()
-{
-    return [this]() -> std::unique_ptr<SettingsShell> {
-        if (unavailable)
-            return nullptr;
-        ++shellsMade;
-        return std::make_unique<FakeShell>(*this);
-    };
-}
-
-HelpViewer::Failure FakeHelpViewer::ShowPage(const QString& contentsFile, const QString& pageFile,
-                                             const QString& anchor)
-{
-    contents.append(contentsFile);
-    pages.append(pageFile);
-    anchors.append(anchor);
-    return failure;
-}
-
-qint32 FakeProcessUtility::GetParentProcessID(qint32 processId)
-{
-    record(QStringLiteral("GetParentProcessID(%1)").arg(processId));
-    return parentId;
-}
-
-qint64 FakeProcessUtility::GetProcessHwnd(qint32 processId)
-{
-    record(QStringLiteral("GetProcessHwnd(%1)").arg(processId));
-    return parentWindow;
-}
-
-qint32 FakeProcessUtility::GetProcessID(const QString& programName, qint32 index)
-{
-    record(QStringLiteral("GetProcessID(%1,%2)").arg(programName).arg(index));
-    if (!processes.contains(programName))
-        return wordProcessId;
-    const QList<qint32>& ids = processes[programName];
-    return index >= 0 && index < ids.size() ? ids.at(index) : 0;
-}
-
-qint64 FakeProcessUtility::GetProcessHwndEx(qint32 processId, QString& hint)
-{
-    record(QStringLiteral("GetProcessHwndEx(%1,%2)").arg(processId).arg(hint));
-    if (!rewrittenHint.isEmpty())
-        hint = rewrittenHint;
-    return wordWindow;
-}
-
-bool FakeProcessUtility::GetWindowRect(qint64 window, ScreenRect& rect)
-{
-    record(QStringLiteral("GetWindowRect(%1)").arg(window));
-    if (!windows.contains(window))
-        return false;
-    rect = windows.value(window);
-    return true;
-}
-
-qint32 FakeProcessUtility::GetProcessCount(const QString& programName)
-{
-    record(QStringLiteral("GetProcessCount(%1)").arg(programName));
-    return static_cast<qint32>(processes.value(programName).size());
-}
-
-qint32 FakeProcessUtility::QuitProcess(qint32 processId)
-{
-    record(QStringLiteral("QuitProcess(%1)").arg(processId));
-    if (quitResult != 0)
-        removeProcess(processId);
-    return quitResult;
-}
-
-qint32 FakeProcessUtility::KillProcess(qint32 processId)
-{
-    record(QStringLiteral("KillProcess(%1)").arg(processId));
-    removeProcess(processId);
-    return 0;
-}
-
-qint32 FakeProcessUtility::GetFileVersion(const QString& path)
-{
-    record(QStringLiteral("GetFileVersion(%1)").arg(path));
-    return fileVersions.value(path, 0);
-}
-
-void FakeProcessUtility::record(const QString& call)
-{
-    calls.append(call);
-    workingDirectories.append(QDir::currentPath());
-}
-
-void FakeProcessUtility::removeProcess(qint32 processId)
-{
-    for (QList<qint32>& ids : processes)
-        ids.removeAll(processId);
-}
-
-namespace {
 
 class FakeOfficeProcess final : public OfficeProcess
 {
@@ -152,16 +50,14 @@ public:
     void Quit() override
     {
         ++m_run.quits;
-        if (!m_run.ended) {
-            m_run.ended = true;
-            m_run.succeeds = false;
-        }
+        m_run.succeeds = m_run.succeeds && m_run.ended;
+        m_run.ended = true;
     }
     qint64 ProcessorTimeMs() override
     {
-        if (!m_run.working)
-            return 0;
-        return m_run.working == FakeOfficeRun::Unseen ? -1 : m_run.waitedMs;
+        if (m_run.working == FakeOfficeRun::Unseen)
+            return -1;
+        return m_run.working == FakeOfficeRun::Busy ? m_run.waitedMs : 0;
     }
 
 private:
@@ -175,28 +71,80 @@ public:
 
     bool WaitForEnd(qint32) override
     {
-        if (m_program.waits < 0)
-            return false;
-        if (m_waited < m_program.waits)
+        if (m_program.waits >= 0 && m_waited < m_program.waits)
             ++m_waited;
-        return m_waited >= m_program.waits;
+        return Ended();
     }
     std::optional<int> ExitCode() override
     {
-        if (m_program.waits < 0 || m_waited < m_program.waits)
-            return std::nullopt;
-        return m_program.exitCode;
+        return Ended() && !m_signalled ? std::optional<int>(m_program.exitCode) : std::nullopt;
     }
-    void Terminate() override {}
-    void Kill() override {}
+    // Ended by a signal, which leaves no exit code.
+    void Terminate() override { m_signalled = m_signalled || !Ended(); }
+    void Kill() override { Terminate(); }
     qint64 ProcessorTimeMs() override { return -1; }
 
 private:
+    bool Ended() const
+    {
+        return m_signalled || (m_program.waits >= 0 && m_waited >= m_program.waits);
+    }
+
     FakeProgram m_program;
     qint32 m_waited = 0;
+    bool m_signalled = false;
 };
 
 }  // namespace
+
+SettingsShellFactory FakeStore::Factory()
+{
+    return [this]() -> std::unique_ptr<SettingsShell> {
+        if (unavailable)
+            return nullptr;
+        ++shellsMade;
+        return std::make_unique<FakeShell>(*this);
+    };
+}
+
+qint32 FakeProcessUtility::GetProcessID(const QString& programName, qint32 index)
+{
+    const QList<qint32> ids = processes.value(programName);
+    const qint32 id = !processes.contains(programName) ? wordProcessId : ids.value(index, 0);
+    return Record("GetProcessID", programName + u',' + QString::number(index), id);
+}
+
+qint64 FakeProcessUtility::GetProcessHwndEx(qint32 processId, QString& hint)
+{
+    Record("GetProcessHwndEx", QString::number(processId) + u',' + hint, 0);
+    if (!rewrittenHint.isEmpty())
+        hint = rewrittenHint;
+    return wordWindow;
+}
+
+bool FakeProcessUtility::GetWindowRect(qint64 window, ScreenRect& rect)
+{
+    if (!Record("GetWindowRect", window, windows.contains(window)))
+        return false;
+    rect = windows.value(window);
+    return true;
+}
+
+qint32 FakeProcessUtility::QuitProcess(qint32 processId)
+{
+    for (QList<qint32>& ids : processes) {
+        if (quitResult != 0)
+            ids.removeAll(processId);
+    }
+    return Record("QuitProcess", processId, quitResult);
+}
+
+qint32 FakeProcessUtility::KillProcess(qint32 processId)
+{
+    for (QList<qint32>& ids : processes)
+        ids.removeAll(processId);
+    return Record("KillProcess", processId, 0);
+}
 
 std::unique_ptr<RunningProcess> FakeLauncher::Start(const LaunchRequest& request, int& error)
 {
@@ -210,12 +158,6 @@ std::unique_ptr<RunningProcess> FakeLauncher::Start(const LaunchRequest& request
     if (onStart)
         onStart(request);
     return std::make_unique<FakeRunningProgram>(programs.value(request.program));
-}
-
-QString FakeOfficeSuite::FindProgram()
-{
-    findWorkingDirectories.append(QDir::currentPath());
-    return programPath;
 }
 
 std::unique_ptr<OfficeProcess> FakeOfficeSuite::StartConversion(const QString& program,

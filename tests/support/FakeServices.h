@@ -1,7 +1,7 @@
 #pragma once
 
-// Stand-ins for the platform services, so that tests decide what the store holds, whether the
-// help viewer starts and which windows exist.
+// Stand-ins for the platform services, so that tests decide what the store holds, which
+// programs run and how, whether the help viewer starts and which windows exist.
 
 #include "core/AppContext.h"
 #include "platform/DocumentOpener.h"
@@ -14,6 +14,7 @@
 #include "platform/WindowGeometry.h"
 #include "run/RunState.h"
 
+#include <QDir>
 #include <QList>
 #include <QMap>
 #include <QStringList>
@@ -22,9 +23,8 @@
 #include <functional>
 #include <memory>
 
-// An in-memory store. Shells made from it share its values, as registry objects share the
-// registry. `failReads`/`failWrites` make every read or write fail; `unavailable` makes the
-// factory give no shell at all.
+// An in-memory store whose shells share its values. `failReads`/`failWrites` make every read or
+// write fail; `unavailable` makes the factory give no shell at all.
 struct FakeStore final
 {
     QMap<QString, QVariant> values;
@@ -40,25 +40,39 @@ struct FakeStore final
 struct FakeHelpViewer final : HelpViewer
 {
     Failure ShowPage(const QString& contentsFile, const QString& pageFile,
-                     const QString& anchor) override;
+                     const QString& anchor) override
+    {
+        contents.append(contentsFile);
+        pages.append(pageFile);
+        anchors.append(anchor);
+        return failure;
+    }
 
-    QStringList contents;  // contents pages given
-    QStringList pages;     // page files asked for
-    QStringList anchors;   // anchors asked for
+    QStringList contents, pages, anchors;  // what each call asked for
     Failure failure = Failure::None;
 };
 
+// Records each call as "Name(arg)" with the working directory it was made in.
 struct FakeProcessUtility final : ProcessUtilityLibrary
 {
-    qint32 GetParentProcessID(qint32 processId) override;
-    qint64 GetProcessHwnd(qint32 processId) override;
+    qint32 GetParentProcessID(qint32 id) override
+    {
+        return Record("GetParentProcessID", id, parentId);
+    }
+    qint64 GetProcessHwnd(qint32 id) override { return Record("GetProcessHwnd", id, parentWindow); }
     qint32 GetProcessID(const QString& programName, qint32 index) override;
     qint64 GetProcessHwndEx(qint32 processId, QString& hint) override;
     bool GetWindowRect(qint64 window, ScreenRect& rect) override;
-    qint32 GetProcessCount(const QString& programName) override;
+    qint32 GetProcessCount(const QString& name) override
+    {
+        return Record("GetProcessCount", name, static_cast<qint32>(processes.value(name).size()));
+    }
     qint32 QuitProcess(qint32 processId) override;
     qint32 KillProcess(qint32 processId) override;
-    qint32 GetFileVersion(const QString& path) override;
+    qint32 GetFileVersion(const QString& path) override
+    {
+        return Record("GetFileVersion", path, fileVersions.value(path, 0));
+    }
 
     qint32 parentId = 0;       // what GetParentProcessID gives
     qint64 parentWindow = 0;   // what GetProcessHwnd gives
@@ -66,19 +80,22 @@ struct FakeProcessUtility final : ProcessUtilityLibrary
     qint64 wordWindow = 0;     // what GetProcessHwndEx gives
     QString rewrittenHint;     // what GetProcessHwndEx writes back, when not empty
     QMap<qint64, ScreenRect> windows;
-    QStringList calls;               // "Name(arg)" in call order
-    QStringList workingDirectories;  // the working directory at each of the calls
+    QStringList calls, workingDirectories;
 
-    // The process table by program name. A name listed here is counted and indexed from it
-    // (any other counts 0 and gives wordProcessId); a process that QuitProcess ends or
-    // KillProcess is sent to leaves it.
+    // The process table by program name; any other name counts 0 and gives wordProcessId. A
+    // process that QuitProcess ends or KillProcess is sent to leaves it.
     QMap<QString, QList<qint32>> processes;
     qint32 quitResult = 0;               // what QuitProcess gives; non-zero ends the process
     QMap<QString, qint32> fileVersions;  // what GetFileVersion gives by path, else 0
 
 private:
-    void record(const QString& call);
-    void removeProcess(qint32 processId);
+    template <class Argument, class Result>
+    Result Record(const char* name, const Argument& argument, Result result)
+    {
+        calls.append(QStringLiteral("%1(%2)").arg(QLatin1String(name)).arg(argument));
+        workingDirectories.append(QDir::currentPath());
+        return result;
+    }
 };
 
 // One conversion of FakeOfficeSuite: how the test scripts it and what was done to it.
@@ -90,13 +107,10 @@ struct FakeOfficeRun final
 
     qint32 runsForMs = 0;  // waited-for time after which the process ends; -1: it never does
     Work working = Busy;
-    bool succeeds = true;  // how it ends
-    qint32 waits = 0;      // WaitForEnd calls
-    qint32 waitedMs = 0;   // their timeouts added up, until the process ended
-    qint32 quits = 0;      // Quit calls
-    bool started = false;  // a process was given out
-    bool ended = false;
-    bool released = false;
+    bool succeeds = true;            // how it ends
+    qint32 waits = 0, waitedMs = 0;  // WaitForEnd calls, and their timeouts until it ended
+    qint32 quits = 0;
+    bool started = false, ended = false, released = false;
 };
 
 // An office suite installed at `programPath` (none when that is empty) whose conversions run
@@ -104,7 +118,11 @@ struct FakeOfficeRun final
 // puts a process into the process table.
 struct FakeOfficeSuite final : OfficeSuite
 {
-    QString FindProgram() override;
+    QString FindProgram() override
+    {
+        findWorkingDirectories.append(QDir::currentPath());
+        return programPath;
+    }
     std::unique_ptr<OfficeProcess> StartConversion(const QString& program,
                                                    const OfficeJob& job) override;
 
@@ -113,8 +131,7 @@ struct FakeOfficeSuite final : OfficeSuite
     std::function<void(const OfficeJob&)> onStart;
     FakeOfficeRun run;
     QList<OfficeJob> jobs;  // every start, also a failed one
-    QStringList programsStarted;
-    QStringList findWorkingDirectories;  // the working directory at each FindProgram
+    QStringList programsStarted, findWorkingDirectories;
 };
 
 struct FakeWindowGeometry final : WindowGeometry
@@ -128,7 +145,7 @@ struct FakeWindowGeometry final : WindowGeometry
 };
 
 // A program of FakeLauncher's: it ends by itself after `waits` calls of WaitForEnd (never
-// with -1), with `exitCode`.
+// with -1), with `exitCode`, or without one when it is asked to end first.
 struct FakeProgram final
 {
     qint32 waits = 0;

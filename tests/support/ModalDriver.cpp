@@ -1,11 +1,6 @@
 #include "support/ModalDriver.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QEvent>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -13,19 +8,16 @@
 
 namespace {
 
-void poll(const QString& objectName, std::function<void(QWidget&)> answer,
+void Poll(const QString& objectName, std::function<void(QWidget&)> answer,
           std::shared_ptr<QElapsedTimer> clock, int timeoutMs)
 {
     QWidget* modal = QApplication::activeModalWidget();
-    if (modal && modal->objectName() == objectName && modal->isVisible()) {
+    if (modal && modal->objectName() == objectName && modal->isVisible())
         answer(*modal);
-        return;
-    }
-    if (clock->elapsed() > timeoutMs) {
+    else if (clock->elapsed() > timeoutMs)
         ADD_FAILURE() << "no modal widget named " << objectName.toStdString() << " appeared";
-        return;
-    }
-    QTimer::singleShot(10, [=] { poll(objectName, answer, clock, timeoutMs); });
+    else
+        QTimer::singleShot(10, [=] { Poll(objectName, answer, clock, timeoutMs); });
 }
 
 }  // namespace
@@ -35,7 +27,7 @@ void WhenModalAppears(const QString& objectName, std::function<void(QWidget&)> a
 {
     auto clock = std::make_shared<QElapsedTimer>();
     clock->start();
-    QTimer::singleShot(0, [=] { poll(objectName, answer, clock, timeoutMs); });
+    QTimer::singleShot(0, [=] { Poll(objectName, answer, clock, timeoutMs); });
 }
 
 void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen, int timeoutMs)
@@ -43,15 +35,10 @@ void AnswerNextMessageBox(QMessageBox::StandardButton button, SeenMessage* seen,
     WhenModalAppears(
         QStringLiteral("MessageBox"),
         [button, seen](QWidget& widget) {
-            auto* box = qobject_cast<QMessageBox*>(&widget);
-            ASSERT_NE(box, nullptr);
-            if (seen) {
-                seen->shown = true;
-                seen->text = box->text();
-                seen->title = box->windowTitle();
-                seen->icon = box->icon();
-            }
-            QAbstractButton* target = box->button(button);
+            auto& box = static_cast<QMessageBox&>(widget);
+            if (seen)
+                *seen = {true, box.text(), box.windowTitle(), box.icon()};
+            QAbstractButton* target = box.button(button);
             ASSERT_NE(target, nullptr) << "the message box has no such button";
             target->click();
         },
@@ -64,4 +51,19 @@ void ProcessPendingEvents()
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QCoreApplication::processEvents();
     }
+}
+
+MessageBoxWatch::MessageBoxWatch()
+{
+    QObject::connect(&m_timer, &QTimer::timeout, [this] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box || !box->isVisible())
+            return;
+        m_texts.append(box->text());
+        if (QAbstractButton* ok = box->button(QMessageBox::Ok))
+            ok->click();
+        else
+            box->reject();
+    });
+    m_timer.start(10);
 }

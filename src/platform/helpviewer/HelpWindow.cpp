@@ -4,7 +4,7 @@
 #include <QTextBrowser>
 #include <QToolBar>
 
-HelpWindow::HelpWindow(const QUrl& contents, bool japanese) : m_contents(contents)
+HelpWindow::HelpWindow(QUrl contents, bool japanese) : m_contents(std::move(contents))
 {
     setObjectName(QStringLiteral("HelpWindow"));
     const QString title = japanese ? QStringLiteral("PDF-Word 変換ツール ヘルプ")

@@ -15,7 +15,7 @@ class HelpWindow final : public QMainWindow
 
 public:
     // `contents` is the help's start page; the window's texts follow the user's language.
-    HelpWindow(const QUrl& contents, bool japanese);
+    HelpWindow(QUrl contents, bool japanese);
 
     // Shows a page, scrolled to the anchor its URL carries.
     void ShowTopic(const QUrl& page);
