@@ -215,6 +215,10 @@ private:
         };
         section.left = margin(m_extents.left, 72, page.width);
         section.right = margin(m_extents.right, 72, page.width);
+        // Flowing text rewraps its lines, and a line that reached the PDF's margin must not
+        // wrap for a hair's difference in a font's widths.
+        if (m_options.conversionMethod == 3)
+            section.right = std::max(minimum, section.right - 2);
         section.top = margin(m_extents.top, 72, page.height);
         // Flowing text fills pages as deep as the PDF's fullest page; placed text needs the
         // bottom margin only as room to spare.

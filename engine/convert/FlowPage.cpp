@@ -7,9 +7,12 @@ namespace velmora {
 
 namespace {
 
-// A page that the text has filled this far may already have spilled onto the next one, so
-// the next PDF page is not started on a page of its own.
-constexpr float FullPage = 0.9f;
+// How much of a page the text may fill by its estimate and still surely end on that page:
+// a word processor's fonts wrap a line more or less here and there.
+constexpr float FullPage = 0.98f;
+
+// Where a word processor sets the baseline in a line of exact height: four fifths down.
+constexpr float BaselineShare = 0.8f;
 
 // The block a drawing goes with: the first one beside it, else the first one below it, so a
 // drawing between paragraphs stands in the room kept above the paragraph that follows it.
@@ -40,10 +43,37 @@ struct Measure
     float boxRoom = 0;
     float indent = 0;
     float rightIndent = 0;
-    float scale = 1;       // pictures of a row narrowed to the text's width
-    bool tabbed = false;   // a row of pictures placed at tab stops
-    std::size_t last = 0;  // the last block of a row of pictures side by side
+    float scale = 1;        // pictures of a row narrowed to the text's width
+    bool tabbed = false;    // a row of pictures placed at tab stops
+    std::size_t last = 0;   // the last block of a row of pictures side by side
+    float firstIndent = 0;  // of the first line from the others
+    Alignment alignment = Alignment::Left;
 };
+
+// The lines a line of parts at tab stops takes: one more when its end runs past `right`.
+int tabbedLines(const Block& block, float left, float right, const TextWidths& widths)
+{
+    float x = left;
+    std::size_t stop = 0;
+    for (std::size_t i = 0; i < block.text.size(); ++i) {
+        const Glyph& glyph = block.text[i];
+        if (glyph.c != '\t') {
+            x += widths.advance(glyph, 1);
+            continue;
+        }
+        if (stop < block.tabStops.size()) {
+            x = std::max(x, block.tabStops[stop++]);
+            continue;
+        }
+        // The flush-right stop of a leader: what follows ends at it.
+        float rest = 0;
+        for (std::size_t k = i + 1; k < block.text.size(); ++k)
+            rest += widths.advance(block.text[k], 1);
+        x = std::max(x + rest, block.leaderStop);
+        break;
+    }
+    return static_cast<int>(std::max<std::size_t>(block.lines.size(), 1)) + (x > right ? 1 : 0);
+}
 
 }  // namespace
 
@@ -76,15 +106,29 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
     // pages keep the PDF's breaks while the text fits them; a page the text has (nearly)
     // filled may have spilled over, so it is not ended with a break.
     bool pageBreak = false;
-    if (job.pageBreak && flow.outputPages - 1 < flow.sourcePages && flow.used < height * FullPage) {
+    if (job.pageBreak && flow.outputPages - 1 < flow.sourcePages &&
+        flow.used <= height * FullPage + 0.5f) {
         pageBreak = true;
         flow.newPage();
     }
     const bool freshPage = pageBreak || flow.used <= 0;
     ++flow.sourcePages;
 
-    // Where each block's lines stand: its first baseline a line's height less its descent
-    // below its top, as a word processor sets exact line spacing.
+    const TextWidths widths(writer.faces(), writer.adjustsFontNames());
+
+    // A table without rules may take the room to the margin for its last column, whose text
+    // the PDF set flush with the column's end.
+    std::vector<Table> tables = layout.tables;
+    for (Table& table : tables) {
+        const float margin = section.width - section.right;
+        if (!table.ruled && table.columns.back() < margin) {
+            table.columns.back() = margin;
+            table.box.x1 = margin;
+        }
+    }
+
+    // Where each block's lines stand in the PDF's terms, and how tall the word processor
+    // sets them.
     std::vector<Measure> measures(blocks.size());
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         const Block& block = blocks[i];
@@ -124,7 +168,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             continue;
         }
         if (block.kind == BlockKind::Table) {
-            const Table& table = layout.tables[static_cast<std::size_t>(block.table)];
+            const Table& table = tables[static_cast<std::size_t>(block.table)];
             m.scale = std::min(1.0f, width / std::max(table.box.width(), 1.0f));
             m.top = TableTop(table);
             m.height = TableHeight(table, m.scale, TableFontFit(table, m.scale));
@@ -138,17 +182,43 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         }
         m.size = std::max(LargestSize(block.text), 1.0f);
         float available = width;
-        // On a page of one column a block keeps its indent, and one of several lines its
-        // width; in columns the text runs across the page.
-        const bool placed =
-            block.alignment == Alignment::Left || block.alignment == Alignment::Justify;
-        if (layout.columns == 1 && placed && block.kind == BlockKind::Paragraph) {
-            const float indent = block.box.x0 - section.left;
-            if (indent > m.size * 0.5f && indent < width * 0.8f)
-                m.indent = indent;
-            const float right = section.width - section.right - block.box.x1 - m.size * 0.5f;
-            if (block.lines.size() > 1 && right > m.size)
-                m.rightIndent = right;
+        // On a page of one column a block keeps its indents, and one of several lines its
+        // width, so its lines break about where the PDF's do; in columns the text runs across
+        // the page.
+        // (Right-to-left paragraphs count their indents from the other side; they keep none.)
+        m.alignment = block.alignment;
+        if (layout.columns == 1 && !block.rightToLeft) {
+            const float textRight = section.width - section.right;
+            const float tolerance = m.size * 0.5f;
+            // A line alone about the middle of the text is centred there.
+            if (block.lines.size() == 1 && !block.hasTabs() && m.alignment == Alignment::Left &&
+                block.box.x0 > section.left + m.size &&
+                std::fabs(block.box.centreX() - (section.left + textRight) / 2) <= tolerance)
+                m.alignment = Alignment::Centre;
+            if (m.alignment == Alignment::Left || m.alignment == Alignment::Justify) {
+                float start = block.box.x0;
+                if (block.lines.size() > 1) {
+                    start = block.lines[1].box.x0;
+                    for (std::size_t k = 2; k < block.lines.size(); ++k)
+                        start = std::min(start, block.lines[k].box.x0);
+                    const float first = block.lines.front().box.x0 - start;
+                    if (std::fabs(first) > tolerance)
+                        m.firstIndent = first;
+                }
+                const float indent = start - section.left;
+                if (indent > tolerance && indent < width * 0.8f)
+                    m.indent = indent;
+                const float right = textRight - block.box.x1 - tolerance;
+                if (block.lines.size() > 1 && right > m.size)
+                    m.rightIndent = right;
+            } else if (!block.hasTabs()) {
+                // Lines wrap a little later than in the PDF rather than earlier.
+                const float slack = block.box.width() * 0.015f + 1;
+                m.indent = std::max(0.0f, block.box.x0 - section.left - slack);
+                m.rightIndent = std::max(0.0f, textRight - block.box.x1 - slack);
+                if (m.alignment == Alignment::Right)
+                    m.rightIndent = std::max(0.0f, textRight - block.box.x1);
+            }
             available -= m.indent + m.rightIndent;
         }
         m.lineHeight = m.size * SingleSpacing;
@@ -158,13 +228,14 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             m.lineHeight = std::max(m.size, block.lineGap);
         if (block.border.width > 0 || block.shaded)
             m.boxRoom = block.padding + std::max(block.border.width, 0.5f);
-        const int lines = !block.hasTabs() ? WrappedLines(block.text, available, 1)
-                                           : static_cast<int>(block.lines.size());
+        const int lines = !block.hasTabs()
+                              ? WrappedLines(block.text, available, 1, &widths)
+                              : tabbedLines(block, section.left + m.indent,
+                                            section.width - section.right - m.rightIndent, widths);
         m.height = m.lineHeight * static_cast<float>(lines) + 2 * m.boxRoom;
         if (!block.lines.empty()) {
-            const float descent = m.size * DescentShare;
-            m.top = block.lines.front().baseline - (m.lineHeight - descent) - m.boxRoom;
-            m.bottom = block.lines.back().baseline + descent + m.boxRoom;
+            m.top = block.lines.front().baseline - m.lineHeight * BaselineShare - m.boxRoom;
+            m.bottom = block.lines.back().baseline + m.lineHeight * (1 - BaselineShare) + m.boxRoom;
         }
     }
 
@@ -236,8 +307,9 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         previousBlock = &block;
     }
     // A page of its own keeps its text on its page: the gaps give way first.
-    if (freshPage && gapsTotal > 0 && gapsTotal + heightsTotal > height) {
-        const float factor = std::clamp((height - heightsTotal) / gapsTotal, 0.0f, 1.0f);
+    const float room = height * FullPage;
+    if (freshPage && gapsTotal > 0 && gapsTotal + heightsTotal > room) {
+        const float factor = std::clamp((room - heightsTotal) / gapsTotal, 0.0f, 1.0f);
         for (float& gap : gaps)
             gap *= factor;
     }
@@ -301,7 +373,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         if (block.kind == BlockKind::Table) {
             // The table under a paragraph as tall as the gap above it, narrowed to the
             // text's width if it is wider.
-            const Table& table = layout.tables[static_cast<std::size_t>(block.table)];
+            const Table& table = tables[static_cast<std::size_t>(block.table)];
             out += "\\sl-" + std::to_string(Twips(gap)) + "\\slmult0\\fs2 " + lead + "\\par\n";
             const float left =
                 std::clamp(table.box.x0 - section.left, 0.0f, width - table.box.width() * m.scale);
@@ -324,10 +396,12 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         default:
             break;
         }
-        WriteAlignment(out, block);
+        WriteAlignment(out, m.alignment, block.rightToLeft);
         WriteParagraphBox(out, block, writer);
         if (gap > 0.5f)
             out += "\\sb" + std::to_string(Twips(gap));
+        if (m.firstIndent != 0)
+            out += "\\fi" + std::to_string(Twips(m.firstIndent));
         if (m.indent > 0)
             out += "\\li" + std::to_string(Twips(m.indent));
         if (m.rightIndent > 0)
