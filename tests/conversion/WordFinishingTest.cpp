@@ -135,7 +135,8 @@ TEST_P(Finishing, ReplacesTheFileOrKeepsItAndEndsOnlyTheSuiteItStarted)
 
 // A suite at work may use two minutes and a minute per megabyte of the document of processor
 // time; one that does nothing for a minute has hung.
-const qint32 LimitSlices = static_cast<qint32>((120000 + EngineOutput.size() * 60000 / (1 << 20) + 99) / 100);
+const qint32 LimitSlices =
+    static_cast<qint32>((120000 + EngineOutput.size() * 60000 / (1 << 20) + 99) / 100);
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, Finishing,
