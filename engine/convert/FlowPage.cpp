@@ -229,7 +229,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         if (block.border.width > 0 || block.shaded)
             m.boxRoom = block.padding + std::max(block.border.width, 0.5f);
         const int lines = !block.hasTabs()
-                              ? WrappedLines(block.text, available, 1, &widths)
+                              ? WrappedLines(block.text, available, 1, &widths, m.firstIndent)
                               : tabbedLines(block, section.left + m.indent,
                                             section.width - section.right - m.rightIndent, widths);
         m.height = m.lineHeight * static_cast<float>(lines) + 2 * m.boxRoom;
@@ -285,7 +285,15 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         float above = section.top;
         if (previous && previousBlock->column == block.column &&
             block.box.y0 >= previousBlock->box.y1 - size * 0.5f) {
-            gap = std::max(0.0f, m.top - previous->bottom);
+            // On a page of one column, a block the word processor sets shorter than the PDF
+            // (a narrower font) leaves the rest of its room below it, so what follows keeps
+            // its place; one set taller takes up to half the gap after it. Columns run across
+            // the page and keep no such room.
+            const float room = m.top - previous->bottom;
+            const float shortfall =
+                layout.columns == 1 ? (previous->bottom - previous->top) - previous->height : 0;
+            gap = std::max(0.0f, shortfall >= 0 ? room + shortfall
+                                                : std::max(room + shortfall, room / 2));
             above = previous->bottom;
         } else if (!previous && freshPage) {
             gap = std::max(0.0f, m.top - section.top);

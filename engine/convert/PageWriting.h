@@ -124,9 +124,9 @@ private:
 
 // The lines a word processor wraps the text to in `width` points, filling each line with as
 // many words as fit, blanks at their usual width. Tabs are not wrapped at. Without `widths`
-// the PDF's own advances are taken.
+// the PDF's own advances are taken. The first line starts `firstIndent` further in.
 int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale,
-                 const TextWidths* widths = nullptr);
+                 const TextWidths* widths = nullptr, float firstIndent = 0);
 
 // The factor that lets each part of a tabbed block fit before the tab stop that follows it
 // (the last one before `rightEdge`), never below 60 %.

@@ -167,12 +167,12 @@ float TextWidths::advance(const Glyph& glyph, float scale) const
 }
 
 int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale,
-                 const TextWidths* widths)
+                 const TextWidths* widths, float firstIndent)
 {
     if (width <= 0)
         return 1;
     int lines = 1;
-    float line = 0;
+    float line = firstIndent;
     float word = 0;
     float blank = 0;
     bool started = false;
