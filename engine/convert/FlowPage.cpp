@@ -190,10 +190,16 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         if (layout.columns == 1 && !block.rightToLeft) {
             const float textRight = section.width - section.right;
             const float tolerance = m.size * 0.5f;
-            // A line alone about the middle of the text is centred there.
+            // A line alone about the middle of the text is centred there, unless a block
+            // beside it starts where it does (an item of a list that happens to be centred).
+            const auto sharesStart = [&](std::size_t k) {
+                return k < blocks.size() && blocks[k].kind == BlockKind::Paragraph &&
+                       std::fabs(blocks[k].box.x0 - block.box.x0) <= tolerance;
+            };
             if (block.lines.size() == 1 && !block.hasTabs() && m.alignment == Alignment::Left &&
                 block.box.x0 > section.left + m.size &&
-                std::fabs(block.box.centreX() - (section.left + textRight) / 2) <= tolerance)
+                std::fabs(block.box.centreX() - (section.left + textRight) / 2) <= tolerance &&
+                !sharesStart(i - 1) && !sharesStart(i + 1))
                 m.alignment = Alignment::Centre;
             if (m.alignment == Alignment::Left || m.alignment == Alignment::Justify) {
                 float start = block.box.x0;
