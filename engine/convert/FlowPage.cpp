@@ -48,6 +48,7 @@ struct Measure
     std::size_t last = 0;   // the last block of a row of pictures side by side
     float firstIndent = 0;  // of the first line from the others
     Alignment alignment = Alignment::Left;
+    std::vector<Glyph> spaced;  // the text with fitted letter spacing, when it needs any
 };
 
 // The lines a line of parts at tab stops takes: one more when its end runs past `right`.
@@ -73,6 +74,39 @@ int tabbedLines(const Block& block, float left, float right, const TextWidths& w
         break;
     }
     return static_cast<int>(std::max<std::size_t>(block.lines.size(), 1)) + (x > right ? 1 : 0);
+}
+
+// The letter spacing, in points, that sets the block's letters as wide as the PDF does in the
+// faces the word processor uses, so its lines break about where the PDF's do: a document set in
+// a wider face than its substitute (TeX's Computer Modern for Times New Roman) otherwise packs
+// more words into each line. Kept within a tenth of the size either way; none for text that is
+// letter-spaced already or matches within a hundredth of its size.
+float fittedSpacing(const Block& block, float size, const TextWidths& widths)
+{
+    float source = 0;
+    float output = 0;
+    int letters = 0;
+    int blanks = 0;
+    for (const Glyph& glyph : block.text) {
+        if (glyph.spacing != 0)
+            return 0;
+        if (glyph.c == ' ' || glyph.c == 0xa0) {
+            ++blanks;
+            continue;
+        }
+        if (glyph.box.width() <= 0 || glyph.c == '\t')
+            continue;
+        source += glyph.box.width();
+        output += widths.advance(glyph, 1);
+        ++letters;
+    }
+    if (letters < 8)
+        return 0;
+    // The blanks take their share too, which makes up for a substitute's narrower blank.
+    const float spacing = (source - output) / static_cast<float>(letters + blanks);
+    if (std::fabs(spacing) < size * 0.01f)
+        return 0;
+    return std::clamp(spacing, -size * 0.1f, size * 0.1f);
 }
 
 }  // namespace
@@ -234,8 +268,17 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
             m.lineHeight = std::max(m.size, block.lineGap);
         if (block.border.width > 0 || block.shaded)
             m.boxRoom = block.padding + std::max(block.border.width, 0.5f);
+        if (!block.hasTabs() && layout.columns == 1) {
+            const float spacing = fittedSpacing(block, m.size, widths);
+            if (spacing != 0) {
+                m.spaced = block.text;
+                for (Glyph& glyph : m.spaced)
+                    glyph.spacing = spacing;
+            }
+        }
+        const std::vector<Glyph>& text = m.spaced.empty() ? block.text : m.spaced;
         const int lines = !block.hasTabs()
-                              ? WrappedLines(block.text, available, 1, &widths, m.firstIndent)
+                              ? WrappedLines(text, available, 1, &widths, m.firstIndent)
                               : tabbedLines(block, section.left + m.indent,
                                             section.width - section.right - m.rightIndent, widths);
         m.height = m.lineHeight * static_cast<float>(lines) + 2 * m.boxRoom;
@@ -361,7 +404,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
                 return blocks[a].box.x0 < blocks[b].box.x0;
             });
             const float centre = (blocks[row.front()].box.x0 + blocks[row.back()].box.x1) / 2;
-            if (gap > 0.5f)
+            if (Twips(gap) > 0)
                 out += "\\sb" + std::to_string(Twips(gap));
             if (!m.tabbed && std::fabs(centre - (section.left + width / 2)) < 24)
                 out += "\\qc";
@@ -412,7 +455,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         }
         WriteAlignment(out, m.alignment, block.rightToLeft);
         WriteParagraphBox(out, block, writer);
-        if (gap > 0.5f)
+        if (Twips(gap) > 0)
             out += "\\sb" + std::to_string(Twips(gap));
         if (m.firstIndent != 0)
             out += "\\fi" + std::to_string(Twips(m.firstIndent));
@@ -427,7 +470,7 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         WriteTabStops(out, block, section.left);
         out.push_back(' ');
         out += lead;
-        writer.text(block.text, &job.page.links);
+        writer.text(m.spaced.empty() ? block.text : m.spaced, &job.page.links);
         out += "\\par\n";
     }
     if (blocks.empty() && (pageBreak || !opening.empty())) {
