@@ -227,6 +227,10 @@ private:
                              ? std::min(margin(m_extents.bottom, 72, page.height),
                                         std::max(72.0f, section.top * 1.5f))
                              : minimum;
+        // Flowing text goes a little deeper still, so that a page the PDF filled keeps room for
+        // a line the word processor wraps where the PDF did not.
+        if (m_options.conversionMethod == 3)
+            section.bottom = std::max(minimum, section.bottom - page.height * 0.02f);
         // The body starts below the header and ends above the footer, or a word processor
         // pushes it away.
         if (m_extents.headerBottom)

@@ -102,8 +102,9 @@ float fittedSpacing(const Block& block, float size, const TextWidths& widths)
     }
     if (letters < 8)
         return 0;
-    // The blanks take their share too, which makes up for a substitute's narrower blank.
-    const float spacing = (source - output) / static_cast<float>(letters + blanks);
+    // The blanks take their share too, which makes up for a substitute's narrower blank; the
+    // lines come out a little narrower than the PDF's, so they wrap later rather than earlier.
+    const float spacing = (source * 0.985f - output) / static_cast<float>(letters + blanks);
     if (std::fabs(spacing) < size * 0.01f)
         return 0;
     return std::clamp(spacing, -size * 0.1f, size * 0.1f);
@@ -363,8 +364,12 @@ void WriteFlowPage(RtfWriter& writer, PageJob& job, FlowPosition& flow)
         previous = &m;
         previousBlock = &block;
     }
-    // A page of its own keeps its text on its page: the gaps give way first.
-    const float room = height * FullPage;
+    // A page of its own keeps its text on its page: the gaps give way first, once the text
+    // runs deeper than the PDF's own, or than nearly all of the page.
+    float deepest = section.top;
+    for (const Measure& m : measures)
+        deepest = std::max(deepest, m.bottom);
+    const float room = std::max(height * FullPage, std::min(height, deepest - section.top));
     if (freshPage && gapsTotal > 0 && gapsTotal + heightsTotal > room) {
         const float factor = std::clamp((room - heightsTotal) / gapsTotal, 0.0f, 1.0f);
         for (float& gap : gaps)
