@@ -5,6 +5,7 @@
 #include "layout/PageLayout.h"
 #include "layout/RunningHeads.h"
 #include "ocr/PageRecognition.h"
+#include "ocr/ScanDetection.h"
 #include "rtf/RtfWriter.h"
 
 #include <algorithm>
@@ -53,6 +54,10 @@ public:
         m_pictureOptions.extract = options.extractImages;
         m_pictureOptions.jpeg = options.imageFormat != 1;
         m_pictureOptions.jpegQuality = std::clamp(options.jpegQuality, 1, 100);
+        // A scan is recognised from a drawing of its own, so its pictures are not drawn
+        // and encoded first for nothing.
+        if (options.extractText)
+            m_pictureOptions.placesOnly = IsScannedPage;
     }
 
     void run(const std::function<void(const std::string&)>& sink, const Progress& progress)
@@ -67,7 +72,9 @@ public:
             throw ConversionError("cannot make a temporary file");
         RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
         PageRecognition recognition(m_pdf, m_fonts, m_options.conversionMethod, m_pictureOptions,
-                                    m_hooks, [this](int index) { return takePage(index); });
+                                    m_hooks, [this](int index, bool pixels) {
+                                        return pixels ? read(index, true) : takePage(index);
+                                    });
         for (int index = first; index <= last; ++index) {
             PageContent page =
                 m_options.extractText ? recognition.take(index, last) : takePage(index);
@@ -106,10 +113,14 @@ private:
         return read(index);
     }
 
-    PageContent read(int index)
+    // With `pixels`, pictures are drawn and encoded on every page, scans too.
+    PageContent read(int index, bool pixels = false)
     {
         try {
-            PageContent page = m_pdf.readPage(index, m_pictureOptions, m_fonts);
+            PictureOptions options = m_pictureOptions;
+            if (pixels)
+                options.placesOnly = nullptr;
+            PageContent page = m_pdf.readPage(index, options, m_fonts);
             if (!m_options.extractText)
                 page.lines.clear();
             if (!m_options.extractHyperlinks)

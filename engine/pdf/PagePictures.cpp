@@ -452,6 +452,22 @@ void CollectPictures(fz_context* ctx, fz_display_list* list, const fz_rect& boun
 {
     const std::vector<Found> found = findPictures(ctx, list, cookie);
     const std::size_t count = std::min(found.size(), static_cast<std::size_t>(MaxPictures));
+    if (options.placesOnly) {
+        const std::size_t before = page.pictures.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            const fz_rect region = fz_intersect_rect(found[i].box, bounds);
+            if (fz_is_empty_rect(region))
+                continue;
+            Picture picture;
+            picture.box = Rect{region.x0 + dx, region.y0 + dy, region.x1 + dx, region.y1 + dy};
+            page.pictures.push_back(std::move(picture));
+        }
+        if (options.placesOnly(page)) {
+            page.picturePlacesOnly = true;
+            return;
+        }
+        page.pictures.resize(before);
+    }
     for (std::size_t i = 0; i < count; ++i) {
         const fz_rect region = fz_intersect_rect(found[i].box, bounds);
         const float width = region.x1 - region.x0;

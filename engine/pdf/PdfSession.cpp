@@ -344,11 +344,6 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
             throw PdfError("stopped: the document takes too long to read");
     }
 
-    if (pictures.extract)
-        CollectPictures(ctx, held.list, bounds, dx, dy, pictures, content, &m_impl->cookie);
-    if (m_impl->cookie.abort)
-        throw PdfError("stopped: the document takes too long to read");
-
     for (fz_link* link = links; link; link = link->next) {
         if (isWebLink(link->uri))
             content.links.push_back(Link{shift(toRect(link->rect)), link->uri});
@@ -392,6 +387,11 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                 content.lines.push_back(std::move(out));
         }
     }
+    // Pictures after the text, which tells whether the page is a scan.
+    if (pictures.extract)
+        CollectPictures(ctx, held.list, bounds, dx, dy, pictures, content, &m_impl->cookie);
+    if (m_impl->cookie.abort)
+        throw PdfError("stopped: the document takes too long to read");
     for (TextLine& line : content.lines) {
         for (Glyph& glyph : line.glyphs) {
             glyph.hidden = std::any_of(
