@@ -1,5 +1,6 @@
 #include "GlyphBuilder.h"
 
+#include "convert/PageWriting.h"
 #include "layout/PageLayout.h"
 #include "layout/RunningHeads.h"
 
@@ -455,4 +456,33 @@ TEST(LayOutPage, CentresATitleOnTheTextWidth)
     ASSERT_GE(layout.blocks.size(), 3u);
     EXPECT_EQ(layout.blocks.front().alignment, Alignment::Centre);
     EXPECT_EQ(layout.blocks.back().alignment, Alignment::Left);
+}
+
+// Text in a standard family wraps by that face's own widths, whatever the PDF's advances (every
+// letter 5 points wide here); text in another face by the PDF's.
+TEST(WrappedLines, MeasuresTheStandardFacesByTheirOwnWidths)
+{
+    struct Row
+    {
+        const char* face;
+        const char* text;
+        float width;
+        float firstIndent;
+        int lines;
+    };
+    const std::vector<Row> rows{
+        {"Times-Roman", "WWWW WWWW", 60, 0, 2},  // W is nearly an em wide
+        {"Minion-Regular", "WWWW WWWW", 60, 0, 1},
+        {"Times-Roman", "iiii iiii", 30, 0, 1},  // i is a quarter of one
+        {"Times-Roman", "iiii iiii", 30, 10, 2},
+        {"Helvetica-Bold", "iiii iiii", 30, 0, 1},
+        {"Minion-Regular", "iiii iiii", 30, 0, 2},
+        {"Courier", "WWWW WWWW", 50, 0, 2},
+    };
+    for (const Row& row : rows) {
+        const TextWidths widths({FontFace{row.face, false, false, false, true}}, true);
+        const TextLine line = MakeLine(0, 100, row.text);
+        EXPECT_EQ(WrappedLines(line.glyphs, row.width, 1, &widths, row.firstIndent), row.lines)
+            << row.face << " " << row.text << " in " << row.width;
+    }
 }
