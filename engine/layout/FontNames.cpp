@@ -199,7 +199,7 @@ FontStyle ResolveFontStyle(const FontFace& face, bool adjust)
     // Styles glued onto the family without a separator ("ArialBold", "Verdana-BoldItalic").
     for (std::string_view glued : {"bolditalic", "boldoblique", "bold", "italic", "oblique"}) {
         if (endsWith(baseLower, glued) && baseLower.size() > glued.size()) {
-            styleLower = std::string(glued) + styleLower;
+            styleLower.insert(0, glued);
             baseLower.resize(baseLower.size() - glued.size());
             base = base.substr(0, baseLower.size());
             break;

@@ -84,8 +84,9 @@ struct PageRecognition::Impl
     std::atomic<bool> stop{false};
     std::vector<std::thread> workers;
 
-    Impl(PdfSession& p, FontTable& f, int m, const PictureOptions& o, RecognitionHooks h, Reader r)
-        : pdf(p), fonts(f), method(m), pictures(o), hooks(std::move(h)), read(std::move(r))
+    Impl(PdfSession& p, FontTable& f, int m, PictureOptions o, RecognitionHooks h, Reader r)
+        : pdf(p), fonts(f), method(m), pictures(std::move(o)), hooks(std::move(h)),
+          read(std::move(r))
     {
     }
 

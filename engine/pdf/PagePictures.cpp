@@ -122,7 +122,7 @@ struct Filter
     fz_device* target;
     const fz_image* image;
     fz_matrix ctm;
-    int maskDepth = 0;
+    int maskDepth;  // MuPDF allocates its devices zeroed; no constructor ever runs
 };
 
 Filter* filter(fz_device* device)
@@ -274,7 +274,8 @@ std::vector<Found> findPictures(fz_context* ctx, fz_display_list* list, fz_cooki
     {
         fz_run_display_list(ctx, list, device, fz_identity, fz_infinite_rect, cookie);
         fz_close_device(ctx, device);
-        found = std::move(self->found);
+        // Swapped rather than moved: the device's vector is still destroyed by hand below.
+        found.swap(self->found);
     }
     fz_always(ctx)
     {
@@ -381,7 +382,7 @@ bool encode(fz_context* ctx, fz_pixmap* pixmap, const PictureOptions& options, P
             pixmap->samples + static_cast<std::ptrdiff_t>(y) * pixmap->stride;
         uint8_t* target =
             rgb.data() + static_cast<std::size_t>(y) * static_cast<std::size_t>(width) * 3;
-        for (int x = 0; x < width; ++x) {
+        for (std::ptrdiff_t x = 0; x < width; ++x) {
             target[3 * x] = row[4 * x];
             target[3 * x + 1] = row[4 * x + 1];
             target[3 * x + 2] = row[4 * x + 2];
