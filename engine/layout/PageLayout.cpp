@@ -224,6 +224,11 @@ float firstWordWidth(const Line& line)
         if (isSpace(glyph.c))
             break;
         width += glyph.box.width();
+        // Japanese and Chinese break a line between any two characters.
+        const char32_t c = glyph.c;
+        if ((c >= 0x3040 && c <= 0x30ff) || (c >= 0x3400 && c <= 0x9fff) ||
+            (c >= 0xf900 && c <= 0xfaff) || (c >= 0xff00 && c <= 0xffef))
+            break;
     }
     return width;
 }

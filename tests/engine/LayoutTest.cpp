@@ -160,7 +160,23 @@ TEST(BuildParagraphs, JoinsTheLinesOfAParagraphAndNoMore)
         std::vector<std::string> expected;
     };
     const float pitch = 12;
+    const auto japanese = [](TextLine line) {
+        for (Glyph& glyph : line.glyphs)
+            glyph.c = 0x65e5;
+        return line;
+    };
+    const auto days = [](std::size_t count) {
+        std::string text;
+        for (std::size_t i = 0; i < count; ++i)
+            text += "\xe6\x97\xa5";
+        return text;
+    };
     const std::vector<Row> rows{
+        {"a short line of Japanese, which breaks anywhere, ends its paragraph",
+         {japanese(MakeLine(72, 100, std::string(8, 'a'), 14)),
+          japanese(MakeLine(72, 113, std::string(40, 'a'), 12))},
+         true,
+         {days(8), days(40)}},
         {"full lines run on",
          {MakeLine(72, 100, "aaaa bbbb cccc dddd"),
           MakeLine(72, 100 + pitch, "eeee ffff gggg hhhh"), MakeLine(72, 100 + 2 * pitch, "end")},
