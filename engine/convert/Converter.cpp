@@ -5,6 +5,7 @@
 #include "layout/PageLayout.h"
 #include "layout/RunningHeads.h"
 #include "ocr/PageRecognition.h"
+#include "ocr/ScanDetection.h"
 #include "rtf/RtfWriter.h"
 
 #include <algorithm>
@@ -53,6 +54,10 @@ public:
         m_pictureOptions.extract = options.extractImages;
         m_pictureOptions.jpeg = options.imageFormat != 1;
         m_pictureOptions.jpegQuality = std::clamp(options.jpegQuality, 1, 100);
+        // A scan is recognised from a drawing of its own, so its pictures are not drawn
+        // and encoded first for nothing.
+        if (options.extractText)
+            m_pictureOptions.placesOnly = IsScannedPage;
     }
 
     void run(const std::function<void(const std::string&)>& sink, const Progress& progress)
@@ -67,7 +72,9 @@ public:
             throw ConversionError("cannot make a temporary file");
         RtfWriter writer(m_tables, m_fonts.faces(), m_options.adjustFontNames);
         PageRecognition recognition(m_pdf, m_fonts, m_options.conversionMethod, m_pictureOptions,
-                                    m_hooks, [this](int index) { return takePage(index); });
+                                    m_hooks, [this](int index, bool pixels) {
+                                        return pixels ? read(index, true) : takePage(index);
+                                    });
         for (int index = first; index <= last; ++index) {
             PageContent page =
                 m_options.extractText ? recognition.take(index, last) : takePage(index);
@@ -106,10 +113,14 @@ private:
         return read(index);
     }
 
-    PageContent read(int index)
+    // With `pixels`, pictures are drawn and encoded on every page, scans too.
+    PageContent read(int index, bool pixels = false)
     {
         try {
-            PageContent page = m_pdf.readPage(index, m_pictureOptions, m_fonts);
+            PictureOptions options = m_pictureOptions;
+            if (pixels)
+                options.placesOnly = nullptr;
+            PageContent page = m_pdf.readPage(index, options, m_fonts);
             if (!m_options.extractText)
                 page.lines.clear();
             if (!m_options.extractHyperlinks)
@@ -215,6 +226,10 @@ private:
         };
         section.left = margin(m_extents.left, 72, page.width);
         section.right = margin(m_extents.right, 72, page.width);
+        // Flowing text rewraps its lines, and a line that reached the PDF's margin must not
+        // wrap for a hair's difference in a font's widths.
+        if (m_options.conversionMethod == 3)
+            section.right = std::max(minimum, section.right - 2);
         section.top = margin(m_extents.top, 72, page.height);
         // Flowing text fills pages as deep as the PDF's fullest page; placed text needs the
         // bottom margin only as room to spare.
@@ -223,6 +238,10 @@ private:
                              ? std::min(margin(m_extents.bottom, 72, page.height),
                                         std::max(72.0f, section.top * 1.5f))
                              : minimum;
+        // Flowing text goes a little deeper still, so that a page the PDF filled keeps room for
+        // a line the word processor wraps where the PDF did not.
+        if (m_options.conversionMethod == 3)
+            section.bottom = std::max(minimum, section.bottom - page.height * 0.02f);
         // The body starts below the header and ends above the footer, or a word processor
         // pushes it away.
         if (m_extents.headerBottom)

@@ -66,6 +66,7 @@ void WriteBoxedPage(RtfWriter& writer, PageJob& job);
 
 // Paragraph formatting the methods share.
 void WriteAlignment(std::string& out, const Block& block);
+void WriteAlignment(std::string& out, Alignment alignment, bool rightToLeft);
 void WriteTabStops(std::string& out, const Block& block, float origin);
 // A drawn box around the paragraph as its border and shading; returns the room it adds
 // above the text, and as much again below.
@@ -101,9 +102,31 @@ float LargestSize(const std::vector<Glyph>& glyphs);
 // a substitute font's wider letters.
 float EstimatedWidth(const std::vector<Glyph>& glyphs, float scale);
 
+// How wide a word processor sets each glyph: in the standard faces' own widths where the text
+// is written in one of the families set in them (Times New Roman, Arial, Courier New), else
+// by the PDF's advance; sizes in half points, as the document states them.
+class TextWidths final
+{
+public:
+    TextWidths(const std::vector<FontFace>& faces, bool adjustFontNames);
+    // Points, for the glyph's size times `scale`; for a blank, the blank of its face.
+    float advance(const Glyph& glyph, float scale) const;
+
+private:
+    struct Face
+    {
+        int family = -1;  // a StandardFamily, or -1 when the text is not set in one
+        bool bold = false;
+        bool italic = false;
+    };
+    std::vector<Face> m_faces;
+};
+
 // The lines a word processor wraps the text to in `width` points, filling each line with as
-// many words as fit, blanks at their usual width. Tabs are not wrapped at.
-int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale);
+// many words as fit, blanks at their usual width. Tabs are not wrapped at. Without `widths`
+// the PDF's own advances are taken. The first line starts `firstIndent` further in.
+int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale,
+                 const TextWidths* widths = nullptr, float firstIndent = 0);
 
 // The factor that lets each part of a tabbed block fit before the tab stop that follows it
 // (the last one before `rightEdge`), never below 60 %.

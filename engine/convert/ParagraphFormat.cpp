@@ -1,5 +1,7 @@
 #include "convert/PageWriting.h"
 
+#include "pdf/StandardMetrics.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -25,9 +27,14 @@ float nominalWidth(const std::vector<Glyph>& glyphs)
 
 void WriteAlignment(std::string& out, const Block& block)
 {
-    if (block.rightToLeft)
+    WriteAlignment(out, block.alignment, block.rightToLeft);
+}
+
+void WriteAlignment(std::string& out, Alignment alignment, bool rightToLeft)
+{
+    if (rightToLeft)
         out += "\\rtlpar";
-    switch (block.alignment) {
+    switch (alignment) {
     case Alignment::Centre:
         out += "\\qc";
         break;
@@ -121,12 +128,51 @@ float EstimatedWidth(const std::vector<Glyph>& glyphs, float scale)
     return width * scale * SubstituteMargin;
 }
 
-int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale)
+TextWidths::TextWidths(const std::vector<FontFace>& faces, bool adjustFontNames)
+{
+    for (const FontFace& face : faces) {
+        const FontStyle style = ResolveFontStyle(face, adjustFontNames);
+        Face known;
+        if (style.family == "Times New Roman")
+            known.family = static_cast<int>(StandardFamily::Serif);
+        else if (style.family == "Arial")
+            known.family = static_cast<int>(StandardFamily::Sans);
+        else if (style.family == "Courier New")
+            known.family = static_cast<int>(StandardFamily::Mono);
+        known.bold = style.bold;
+        known.italic = style.italic;
+        m_faces.push_back(known);
+    }
+}
+
+float TextWidths::advance(const Glyph& glyph, float scale) const
+{
+    const float size = static_cast<float>(std::max(2L, std::lround(glyph.size * scale * 2))) / 2;
+    const char32_t c = glyph.c == '\t' || glyph.c == 0xa0 ? ' ' : glyph.c;
+    if (glyph.font >= 0 && static_cast<std::size_t>(glyph.font) < m_faces.size()) {
+        const Face& face = m_faces[static_cast<std::size_t>(glyph.font)];
+        if (face.family >= 0) {
+            const float em = StandardAdvance(static_cast<StandardFamily>(face.family), face.bold,
+                                             face.italic, c);
+            if (em >= 0)
+                return em * size + glyph.spacing;
+        }
+    }
+    if (c == ' ')
+        return size * 0.25f;
+    float advance = glyph.box.width() > 0 ? glyph.box.width() * scale : size * 0.5f;
+    if (glyph.monospaced)
+        advance = std::max(advance, size * 0.6f);
+    return advance;
+}
+
+int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale,
+                 const TextWidths* widths, float firstIndent)
 {
     if (width <= 0)
         return 1;
     int lines = 1;
-    float line = 0;
+    float line = firstIndent;
     float word = 0;
     float blank = 0;
     bool started = false;
@@ -151,13 +197,14 @@ int WrappedLines(const std::vector<Glyph>& glyphs, float width, float scale)
     for (const Glyph& glyph : glyphs) {
         if (glyph.c == ' ' || glyph.c == '\t' || glyph.c == 0x3000) {
             place();
-            blank = glyph.size * scale * 0.25f;
+            blank = widths && glyph.c == ' ' ? widths->advance(glyph, scale)
+                                             : glyph.size * scale * 0.25f;
             continue;
         }
         float advance = glyph.box.width() > 0 ? glyph.box.width() : glyph.size * 0.5f;
         if (glyph.monospaced)
             advance = std::max(advance, glyph.size * 0.6f);
-        word += advance * scale;
+        word += widths ? widths->advance(glyph, scale) : advance * scale;
         // East Asian text breaks between any two characters.
         const int charset = CharsetFor(glyph.c);
         if (charset == 128 || charset == 129)

@@ -45,7 +45,7 @@ constexpr FontKind T = FontKind::Tech;
 
 // PostScript and TeX family stems and the family a word processor offers for them. Prefix
 // stems carry the face in the name ("cmbx10" is bold); longer stems come first.
-constexpr std::array<Family, 87> KnownFamilies{{
+constexpr std::array<Family, 88> KnownFamilies{{
     {"helvetica", "Arial", S},
     {"arial", "Arial", S},
     {"arialnarrow", "Arial Narrow", S},
@@ -90,6 +90,7 @@ constexpr std::array<Family, 87> KnownFamilies{{
     {"notoserif", "Noto Serif", R, true},
     {"nimbussansnarrow", "Arial Narrow", S, true},
     {"nimbussans", "Arial", S, true},
+    {"nimbussanl", "Arial", S, true},
     {"nimbusroman", "Times New Roman", R, true},
     {"nimbusrom", "Times New Roman", R, true},
     {"nimbusmono", "Courier New", M, true},
@@ -222,7 +223,7 @@ FontStyle ResolveFontStyle(const FontFace& face, bool adjust)
         if (styleLower.find(word) != std::string::npos)
             style.bold = true;
     }
-    for (std::string_view word : {"italic", "oblique", "slanted", "inclined"}) {
+    for (std::string_view word : {"ital", "oblique", "slanted", "inclined"}) {
         if (styleLower.find(word) != std::string::npos)
             style.italic = true;
     }

@@ -142,6 +142,7 @@ Alignment alignmentOf(const Block& block, float left, float right)
         bool rightAligned = true;
         bool leftAligned = true;
         bool centred = true;
+        bool sameStart = true;
         const float centre = block.box.centreX();
         for (std::size_t i = 0; i < block.lines.size(); ++i) {
             const Rect& box = block.lines[i].box;
@@ -150,13 +151,18 @@ Alignment alignmentOf(const Block& block, float left, float right)
                 rightAligned = false;
             if (i > 0 && std::fabs(box.x0 - block.lines[1].box.x0) > tolerance)
                 leftAligned = false;
+            if (std::fabs(box.x0 - block.lines[0].box.x0) > tolerance)
+                sameStart = false;
             if (std::fabs(box.centreX() - centre) > tolerance)
                 centred = false;
         }
         const bool lastEndsRight = std::fabs(block.lines.back().box.x1 - block.box.x1) <= tolerance;
         if (rightAligned && leftAligned)
             return lastEndsRight ? Alignment::Left : Alignment::Justify;
-        if (centred && !leftAligned)
+        // Lines of different lengths about one centre; with two lines, the second's start
+        // alone says nothing of a left edge, unless the block starts at the region's edge.
+        const bool inset = block.box.x0 > left + size;
+        if (centred && (!leftAligned || (block.lines.size() == 2 && !sameStart && inset)))
             return Alignment::Centre;
         if (rightAligned && lastEndsRight && !leftAligned)
             return Alignment::Right;
@@ -190,6 +196,11 @@ bool startsItem(const Line& line)
     const bool spaced = i + 1 < line.glyphs.size() && isSpace(line.glyphs[i + 1].c);
     if ((first == '-' || first == '*') && spaced)
         return true;
+    // A symbol font's bullet that its font maps to no character (a control or private code).
+    const bool unmapped =
+        first < 0x20 || (first >= 0x7f && first < 0xa0) || (first >= 0xe000 && first < 0xf900);
+    if (unmapped && spaced)
+        return true;
     // Up to three digits or one letter, then '.' or ')', then a blank.
     std::size_t end = i;
     if (first == '(')
@@ -213,6 +224,11 @@ float firstWordWidth(const Line& line)
         if (isSpace(glyph.c))
             break;
         width += glyph.box.width();
+        // Japanese and Chinese break a line between any two characters.
+        const char32_t c = glyph.c;
+        if ((c >= 0x3040 && c <= 0x30ff) || (c >= 0x3400 && c <= 0x9fff) ||
+            (c >= 0xf900 && c <= 0xfaff) || (c >= 0xff00 && c <= 0xffef))
+            break;
     }
     return width;
 }
@@ -750,11 +766,18 @@ std::vector<Block> BuildParagraphs(const std::vector<Line>& lines, bool merge, f
         const bool shortLine = previous.box.x1 + firstWordWidth(line) + size * 0.3f < right;
         // Centred or flush-right lines keep a common centre or right edge instead of a left one.
         const float tolerance = size * 0.5f;
+        // A centred pair stands clear of the region's left edge or about its middle, and
+        // flush-right lines end at its right edge; list items of two levels that happen to
+        // share a middle or an end are neither.
+        const float left = original.rightToLeft ? -regionRight : regionLeft;
+        const bool inset = std::min(previous.box.x0, line.box.x0) > left + size;
+        const bool middle = std::fabs(line.box.centreX() - (left + right) / 2) <= size;
         const bool sameCentre =
             std::fabs(previous.box.centreX() - line.box.centreX()) <= tolerance &&
-            std::fabs(previous.box.x0 - line.box.x0) > tolerance;
+            std::fabs(previous.box.x0 - line.box.x0) > tolerance && (inset || middle);
         const bool sameRight = std::fabs(previous.box.x1 - line.box.x1) <= tolerance &&
-                               std::fabs(previous.box.x0 - line.box.x0) > tolerance;
+                               std::fabs(previous.box.x0 - line.box.x0) > tolerance &&
+                               std::max(previous.box.x1, line.box.x1) > right - size;
         const bool shaped = (sameCentre || sameRight) &&
                             (block.lines.size() == 1 || block.alignment != Alignment::Left);
         bool joins = !previous.hasTabs() && !line.hasTabs() &&

@@ -133,6 +133,8 @@ struct PageContent final
     std::vector<Picture> artwork;
     // Where text is drawn invisibly: a scanned page's recognised text, laid over the scan.
     std::vector<Rect> hiddenText;
+    // The pictures have their places but no pixels (see PictureOptions::placesOnly).
+    bool picturePlacesOnly = false;
 };
 
 }  // namespace velmora

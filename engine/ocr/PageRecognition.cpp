@@ -84,8 +84,9 @@ struct PageRecognition::Impl
     std::atomic<bool> stop{false};
     std::vector<std::thread> workers;
 
-    Impl(PdfSession& p, FontTable& f, int m, const PictureOptions& o, RecognitionHooks h, Reader r)
-        : pdf(p), fonts(f), method(m), pictures(o), hooks(std::move(h)), read(std::move(r))
+    Impl(PdfSession& p, FontTable& f, int m, PictureOptions o, RecognitionHooks h, Reader r)
+        : pdf(p), fonts(f), method(m), pictures(std::move(o)), hooks(std::move(h)),
+          read(std::move(r))
     {
     }
 
@@ -180,9 +181,11 @@ struct PageRecognition::Impl
         while (nextRead <= last && ahead.size() < window()) {
             Pending pending;
             pending.index = nextRead;
-            pending.page = read(nextRead);
+            pending.page = read(nextRead, false);
             if (IsScannedPage(pending.page) && start(last - nextRead + 1))
                 send(pending);
+            if (!pending.result.valid() && pending.page.picturePlacesOnly)
+                pending.page = read(nextRead, true);
             ahead.push_back(std::move(pending));
             ++nextRead;
         }
@@ -222,8 +225,12 @@ PageContent PageRecognition::take(int index, int last)
     d.readAhead(last);
     Pending pending = std::move(d.ahead.front());
     d.ahead.pop_front();
-    if (pending.result.valid())
-        PutRecognisedPage(pending.page, d.wait(pending.result), d.fonts);
+    if (pending.result.valid()) {
+        const RecognisedPage recognised = d.wait(pending.result);
+        if (!recognised.read && pending.page.picturePlacesOnly)
+            pending.page = d.read(index, true);
+        PutRecognisedPage(pending.page, recognised, d.fonts);
+    }
     return std::move(pending.page);
 }
 

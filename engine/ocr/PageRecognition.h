@@ -28,10 +28,11 @@ struct RecognitionHooks final
 class PageRecognition final
 {
 public:
-    using Reader = std::function<PageContent(int)>;
+    using Reader = std::function<PageContent(int index, bool pixels)>;
 
     // `read` gives a page as the converter reads it; pictures must be extracted for scans
-    // to be found.
+    // to be found. A scan may come with its pictures' places alone; one that is not
+    // recognised after all is read again with `pixels`.
     PageRecognition(PdfSession& pdf, FontTable& fonts, int conversionMethod,
                     const PictureOptions& pictures, RecognitionHooks hooks, Reader read);
     ~PageRecognition();

@@ -480,17 +480,17 @@ void CollectDrawings(fz_context* ctx, fz_display_list* list, const fz_rect& boun
     {
         fz_run_display_list(ctx, list, device, fz_identity, fz_infinite_rect, cookie);
         fz_close_device(ctx, device);
-        drawings = std::move(self->drawings);
-        hidden = std::move(self->hidden);
+        // Swapped rather than moved: the device's vectors are still destroyed by hand below.
+        drawings.swap(self->drawings);
+        hidden.swap(self->hidden);
         artwork = self->artwork;
     }
     fz_always(ctx)
     {
-        // Destroying a moved-from vector is what ends its life; nothing is read from it.
         self->clips.~vector();
         self->text.~vector();
-        self->hidden.~vector();    // NOLINT(clang-analyzer-cplusplus.Move)
-        self->drawings.~vector();  // NOLINT(clang-analyzer-cplusplus.Move)
+        self->hidden.~vector();
+        self->drawings.~vector();
         fz_drop_device(ctx, device);
     }
     fz_catch(ctx)

@@ -124,7 +124,7 @@ struct Filter  // NOLINT(cppcoreguidelines-pro-type-member-init)
     fz_device* target;
     const fz_image* image;
     fz_matrix ctm;
-    int maskDepth = 0;
+    int maskDepth;
 };
 
 Filter* filter(fz_device* device)
@@ -276,13 +276,13 @@ std::vector<Found> findPictures(fz_context* ctx, fz_display_list* list, fz_cooki
     {
         fz_run_display_list(ctx, list, device, fz_identity, fz_infinite_rect, cookie);
         fz_close_device(ctx, device);
-        found = std::move(self->found);
+        // Swapped rather than moved: the device's vector is still destroyed by hand below.
+        found.swap(self->found);
     }
     fz_always(ctx)
     {
-        // Destroying a moved-from vector is what ends its life; nothing is read from it.
         self->clips.~vector();
-        self->found.~vector();  // NOLINT(clang-analyzer-cplusplus.Move)
+        self->found.~vector();
         fz_drop_device(ctx, device);
     }
     fz_catch(ctx)
@@ -455,6 +455,22 @@ void CollectPictures(fz_context* ctx, fz_display_list* list, const fz_rect& boun
 {
     const std::vector<Found> found = findPictures(ctx, list, cookie);
     const std::size_t count = std::min(found.size(), static_cast<std::size_t>(MaxPictures));
+    if (options.placesOnly) {
+        const std::size_t before = page.pictures.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            const fz_rect region = fz_intersect_rect(found[i].box, bounds);
+            if (fz_is_empty_rect(region))
+                continue;
+            Picture picture;
+            picture.box = Rect{region.x0 + dx, region.y0 + dy, region.x1 + dx, region.y1 + dy};
+            page.pictures.push_back(std::move(picture));
+        }
+        if (options.placesOnly(page)) {
+            page.picturePlacesOnly = true;
+            return;
+        }
+        page.pictures.resize(before);
+    }
     for (std::size_t i = 0; i < count; ++i) {
         const fz_rect region = fz_intersect_rect(found[i].box, bounds);
         const float width = region.x1 - region.x0;

@@ -10,6 +10,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -92,11 +93,10 @@ bool isWebLink(const char* uri)
 {
     if (!uri)
         return false;
-    for (const char* scheme : {"http://", "https://", "mailto:", "ftp://"}) {
-        if (strncasecmp(uri, scheme, std::strlen(scheme)) == 0)
-            return true;
-    }
-    return false;
+    static constexpr std::array<const char*, 4> Schemes{"http://", "https://", "mailto:", "ftp://"};
+    return std::ranges::any_of(Schemes, [uri](const char* scheme) {
+        return strncasecmp(uri, scheme, std::strlen(scheme)) == 0;
+    });
 }
 
 }  // namespace
@@ -252,7 +252,7 @@ namespace {
 // Dropped on every way out, also when a picture throws halfway through the page.
 struct PageResources
 {
-    fz_context* ctx;
+    fz_context* ctx = nullptr;
     fz_page* page = nullptr;
     fz_display_list* list = nullptr;
     fz_stext_page* text = nullptr;
@@ -315,6 +315,8 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
     loadPage(ctx, &m_impl->doc->super, index, held, bounds, &m_impl->cookie);
     fz_stext_page* text = held.text;
     fz_link* links = held.links;
+    if (!text)
+        throw PdfError("the page's text could not be read");
 
     PageContent content;
     content.width = bounds.x1 - bounds.x0;
@@ -341,11 +343,6 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
         if (m_impl->cookie.abort)
             throw PdfError("stopped: the document takes too long to read");
     }
-
-    if (pictures.extract)
-        CollectPictures(ctx, held.list, bounds, dx, dy, pictures, content, &m_impl->cookie);
-    if (m_impl->cookie.abort)
-        throw PdfError("stopped: the document takes too long to read");
 
     for (fz_link* link = links; link; link = link->next) {
         if (isWebLink(link->uri))
@@ -390,6 +387,11 @@ PageContent PdfSession::readPage(int index, const PictureOptions& pictures, Font
                 content.lines.push_back(std::move(out));
         }
     }
+    // Pictures after the text, which tells whether the page is a scan.
+    if (pictures.extract)
+        CollectPictures(ctx, held.list, bounds, dx, dy, pictures, content, &m_impl->cookie);
+    if (m_impl->cookie.abort)
+        throw PdfError("stopped: the document takes too long to read");
     for (TextLine& line : content.lines) {
         for (Glyph& glyph : line.glyphs) {
             glyph.hidden = std::any_of(

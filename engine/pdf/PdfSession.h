@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -33,6 +34,10 @@ struct PictureOptions final
     int maxDpi = 300;
     // Also read the page's vector graphics (rules, boxes, fills, plots).
     bool drawings = true;
+    // A page this holds for, given its text and where its pictures show, keeps the places
+    // alone, without drawing or encoding a pixel: a scan on its way to recognition, which
+    // draws the page itself.
+    std::function<bool(const PageContent&)> placesOnly;
 };
 
 // The faces met so far in a document; pages refer to them by index.

@@ -252,7 +252,7 @@ void RtfWriter::text(const std::vector<Glyph>& glyphs, const std::vector<Link>* 
             m_out += "\\up" + std::to_string(std::lround(first.rise * 2));
         else if (first.rise < 0)
             m_out += "\\dn" + std::to_string(std::lround(-first.rise * 2));
-        if (first.spacing > 0)
+        if (first.spacing != 0)
             m_out += "\\expndtw" + std::to_string(Twips(first.spacing));
         if (first.highlighted)
             m_out += "\\chcbpat" + std::to_string(m_tables.colour(first.highlight));

@@ -61,7 +61,9 @@ public:
     // The colour table's index of `rgb`.
     int colour(uint32_t rgb) { return m_tables.colour(rgb); }
     // A writer of the same document with nothing written yet, for pieces put in place later.
-    RtfWriter fresh() const { return RtfWriter(m_tables, m_faces, m_adjust); }
+    RtfWriter fresh() const { return {m_tables, m_faces, m_adjust}; }
+    const std::vector<FontFace>& faces() const { return m_faces; }
+    bool adjustsFontNames() const { return m_adjust; }
 
     // Styled text: runs of one font, size and colour; glyphs of a web link inside a
     // HYPERLINK field. `sizeScale` shrinks every size by that factor.

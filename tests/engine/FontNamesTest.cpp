@@ -65,6 +65,7 @@ TEST(ResolveFontStyle, GivesEveryFontItsKindAndAFallbackOfTheSameKind)
         {{"LMRoman10-Italic"}, true, {"Times New Roman", false, true, R, ""}},
         {{"NimbusRomNo9L-Regu"}, true, {"Times New Roman", false, false, R, ""}},
         {{"NimbusSans-Bold"}, true, {"Arial", true, false, S, ""}},
+        {{"NimbusSanL-BoldItal"}, true, {"Arial", true, true, S, ""}},
         {{"NimbusMonoPS-Regular"}, true, {"Courier New", false, false, M, ""}},
         {{"TeXGyrePagella-Regular"},
          true,

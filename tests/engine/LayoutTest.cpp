@@ -1,5 +1,6 @@
 #include "GlyphBuilder.h"
 
+#include "convert/PageWriting.h"
 #include "layout/PageLayout.h"
 #include "layout/RunningHeads.h"
 
@@ -159,7 +160,23 @@ TEST(BuildParagraphs, JoinsTheLinesOfAParagraphAndNoMore)
         std::vector<std::string> expected;
     };
     const float pitch = 12;
+    const auto japanese = [](TextLine line) {
+        for (Glyph& glyph : line.glyphs)
+            glyph.c = 0x65e5;
+        return line;
+    };
+    const auto days = [](std::size_t count) {
+        std::string text;
+        for (std::size_t i = 0; i < count; ++i)
+            text += "\xe6\x97\xa5";
+        return text;
+    };
     const std::vector<Row> rows{
+        {"a short line of Japanese, which breaks anywhere, ends its paragraph",
+         {japanese(MakeLine(72, 100, std::string(8, 'a'), 14)),
+          japanese(MakeLine(72, 113, std::string(40, 'a'), 12))},
+         true,
+         {days(8), days(40)}},
         {"full lines run on",
          {MakeLine(72, 100, "aaaa bbbb cccc dddd"),
           MakeLine(72, 100 + pitch, "eeee ffff gggg hhhh"), MakeLine(72, 100 + 2 * pitch, "end")},
@@ -209,10 +226,16 @@ TEST(BuildParagraphs, JoinsTheLinesOfAParagraphAndNoMore)
           MakeLine(72, 100 + pitch, "1. eeee ffff gggg h"),
           MakeLine(72, 100 + 2 * pitch, "b) iiii jjjj kkkk l"),
           MakeLine(72, 100 + 3 * pitch, "(c) mmmm nnnn ooo"),
-          MakeLine(72, 100 + 4 * pitch, "e.g. pppp qqqq rrrr")},
+          MakeLine(72, 100 + 4 * pitch, "e.g. pppp qqqq rrrr"),
+          MakeLine(72, 100 + 5 * pitch, "\x88 ssss tttt uuuu")},
          true,
          {"* aaaa bbbb cccc dd", "1. eeee ffff gggg h", "b) iiii jjjj kkkk l",
-          "(c) mmmm nnnn ooo e.g. pppp qqqq rrrr"}},
+          "(c) mmmm nnnn ooo e.g. pppp qqqq rrrr", "\u0088 ssss tttt uuuu"}},
+        {"list items that share a middle by chance stay apart",
+         {MakeLine(92, 100, "- pTransfer"), MakeLine(72, 100 + pitch, "aaaa bbbb cccc ddd:"),
+          MakeLine(72, 100 + 4 * pitch, "wwww wwww wwww wwww wwww wwww wwww wwww")},
+         true,
+         {"- pTransfer", "aaaa bbbb cccc ddd:", "wwww wwww wwww wwww wwww wwww wwww wwww"}},
         {"another size starts a paragraph",
          {MakeLine(72, 100, "aaaa bbbb cccc dddd", 16),
           MakeLine(72, 100 + 18, "eeee ffff gggg hhhh hhhh iiii", 10)},
@@ -449,4 +472,33 @@ TEST(LayOutPage, CentresATitleOnTheTextWidth)
     ASSERT_GE(layout.blocks.size(), 3u);
     EXPECT_EQ(layout.blocks.front().alignment, Alignment::Centre);
     EXPECT_EQ(layout.blocks.back().alignment, Alignment::Left);
+}
+
+// Text in a standard family wraps by that face's own widths, whatever the PDF's advances (every
+// letter 5 points wide here); text in another face by the PDF's.
+TEST(WrappedLines, MeasuresTheStandardFacesByTheirOwnWidths)
+{
+    struct Row
+    {
+        const char* face;
+        const char* text;
+        float width;
+        float firstIndent;
+        int lines;
+    };
+    const std::vector<Row> rows{
+        {"Times-Roman", "WWWW WWWW", 60, 0, 2},  // W is nearly an em wide
+        {"Minion-Regular", "WWWW WWWW", 60, 0, 1},
+        {"Times-Roman", "iiii iiii", 30, 0, 1},  // i is a quarter of one
+        {"Times-Roman", "iiii iiii", 30, 10, 2},
+        {"Helvetica-Bold", "iiii iiii", 30, 0, 1},
+        {"Minion-Regular", "iiii iiii", 30, 0, 2},
+        {"Courier", "WWWW WWWW", 50, 0, 2},
+    };
+    for (const Row& row : rows) {
+        const TextWidths widths({FontFace{row.face, false, false, false, true}}, true);
+        const TextLine line = MakeLine(0, 100, row.text);
+        EXPECT_EQ(WrappedLines(line.glyphs, row.width, 1, &widths, row.firstIndent), row.lines)
+            << row.face << " " << row.text << " in " << row.width;
+    }
 }
