@@ -554,7 +554,10 @@ std::vector<std::pair<float, float>> FindGutters(const std::vector<Fragment>& fr
             }
             std::vector<float> leftWords;
             std::vector<float> rightWords;
-            float leftTop = 1e9f, leftBottom = -1e9f, rightTop = 1e9f, rightBottom = -1e9f;
+            float leftTop = 1e9f;
+            float leftBottom = -1e9f;
+            float rightTop = 1e9f;
+            float rightBottom = -1e9f;
             for (const Fragment& fragment : fragments) {
                 if (fragment.box.x1 <= start + 1 && fragment.box.x0 >= bound) {
                     leftWords.push_back(static_cast<float>(fragment.words));
@@ -603,6 +606,7 @@ std::vector<std::size_t> FindPleadingNumbers(const std::vector<Fragment>& fragme
         return fragments[a].box.y0 < fragments[b].box.y0;
     });
     std::vector<float> rights;
+    rights.reserve(margin.size());
     for (std::size_t i : margin)
         rights.push_back(fragments[i].box.x1);
     const float column = median(rights, 0);
@@ -1062,6 +1066,9 @@ PageLayout LayOutPage(const PageContent& page, const LayoutOptions& options,
         // Lines that line up in columns are an unruled table; the rest are paragraphs.
         std::vector<Block> tables;
         std::vector<TableRun> runs = FindUnruledTables(lines, options.mergeParagraphs);
+        // From the last run back, so that erasing a run's lines keeps the earlier indices. (A
+        // reversed range view would say it too, but clang 14 can't read libstdc++ 12's.)
+        // NOLINTNEXTLINE(modernize-loop-convert)
         for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
             DressTable(run->table, page.drawings, used);
             for (std::size_t d : run->table.drawings)
