@@ -47,9 +47,7 @@ bool emptyFolder(int fd)
         const char* name = entry->d_name;
         if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0)
             continue;
-        struct stat status
-        {
-        };
+        struct stat status = {};
         if (::fstatat(fd, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
             emptied = false;
             continue;
@@ -132,9 +130,7 @@ void SweepTempFiles()
     const int folderFd = ::dirfd(directory);
     const uid_t user = ::getuid();
     for (const QByteArray& name : names) {
-        struct stat status
-        {
-        };
+        struct stat status = {};
         if (::fstatat(folderFd, name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             break;
         // Another user's file in a shared folder could never be deleted and would stop every

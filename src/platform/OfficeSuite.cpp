@@ -67,9 +67,7 @@ QStringList OwnPipeNames()
 bool IsAbandonedPipe(const QString& path)
 {
     const QByteArray name = QFile::encodeName(path);
-    struct stat status
-    {
-    };
+    struct stat status = {};
     if (::lstat(name.constData(), &status) != 0 || !S_ISSOCK(status.st_mode) ||
         status.st_uid != ::getuid())
         return false;

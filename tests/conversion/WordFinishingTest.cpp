@@ -16,6 +16,10 @@
 
 #include <cerrno>
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 namespace {
 
 const QString Program = QStringLiteral("/opt/office/program/soffice.bin");
@@ -176,6 +180,45 @@ INSTANTIATE_TEST_SUITE_P(
         Row{.name = "WritesNothing", .writesCopy = false, .result = 0}),
     [](const ::testing::TestParamInfo<Row>& row) { return std::string(row.param.name); });
 
+// A socket named as LibreOffice names the one it answers a second start on, in /tmp where it
+// puts it. Closed, it is what a suite ended by force leaves; open, it is a live suite's.
+class OfficeSocket final
+{
+public:
+    OfficeSocket(const QString& tag, bool listening)
+        : m_path(QStringLiteral("/tmp/OSL_PIPE_%1_SingleOfficeIPC_test%2%3")
+                     .arg(::getuid())
+                     .arg(::getpid())
+                     .arg(tag))
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const QByteArray name = QFile::encodeName(m_path);
+        std::copy(name.cbegin(), name.cend(), address.sun_path);
+        m_socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        ::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+        if (listening) {
+            ::listen(m_socket, 1);
+        } else {
+            ::close(m_socket);
+            m_socket = -1;
+        }
+    }
+    ~OfficeSocket()
+    {
+        if (m_socket >= 0)
+            ::close(m_socket);
+        QFile::remove(m_path);
+    }
+    OfficeSocket(const OfficeSocket&) = delete;
+    OfficeSocket& operator=(const OfficeSocket&) = delete;
+    bool Exists() const { return QFileInfo(m_path).exists() || QFileInfo(m_path).isSymLink(); }
+
+private:
+    QString m_path;
+    int m_socket = -1;
+};
+
 // The LibreOffice class with the suite played by the fake launcher: a start that finds its
 // profile without a user folder makes one and asks for a restart, as LibreOffice does; then it
 // ends with `exitCode`, or hangs.
@@ -192,6 +235,10 @@ protected:
             const bool fresh = !QFileInfo::exists(profile + QStringLiteral("/user"));
             QDir().mkpath(profile + QStringLiteral("/user"));
             launcher.programs[Program] = {hangs ? -1 : 1, fresh ? 81 : exitCode};
+            if (exitCode != 0 && !left) {
+                left = std::make_unique<OfficeSocket>(QStringLiteral("left"), false);
+                live = std::make_unique<OfficeSocket>(QStringLiteral("live"), true);
+            }
         };
     }
     std::unique_ptr<OfficeProcess> Start(const QString& work)
@@ -214,6 +261,9 @@ protected:
     std::unique_ptr<OfficeSuite> suite = CreateLibreOffice(launcher, dir.filePath("cache"));
     bool hangs = false;
     int exitCode = 0;
+    // Made while a failing suite runs: the one it leaves, and another suite's that is answered.
+    std::unique_ptr<OfficeSocket> left;
+    std::unique_ptr<OfficeSocket> live;
 };
 
 TEST_F(LibreOfficeStarts, TheKeptProfileIsMadeOnceAndThenEachConversionIsOneStart)
@@ -238,10 +288,17 @@ TEST_F(LibreOfficeStarts, TheKeptProfileIsMadeOnceAndThenEachConversionIsOneStar
 
 TEST_F(LibreOfficeStarts, AFailureDiscardsTheKeptProfileAndMeanwhileOthersGetTheirOwn)
 {
+    const OfficeSocket before(QStringLiteral("before"), false);
     exitCode = 1;
     Start(QStringLiteral("w1"))->WaitForEnd(10000);
     EXPECT_TRUE(UsedProfile(QStringLiteral("cache/office-profile")));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath(QStringLiteral("cache/office-profile"))));
+    // Only the socket the failed suite left goes; one that was there before and one that is
+    // answered on stay.
+    ASSERT_TRUE(left && live);
+    EXPECT_FALSE(left->Exists());
+    EXPECT_TRUE(live->Exists());
+    EXPECT_TRUE(before.Exists());
     hangs = true;
     const auto hanging = Start(QStringLiteral("w2"));
     EXPECT_FALSE(hanging->WaitForEnd(300));

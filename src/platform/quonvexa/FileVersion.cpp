@@ -111,9 +111,7 @@ int32_t GetFileVersion(char* path)
             return 0;
         // A launcher link such as /usr/bin/soffice leads to the installation's directory.
         char resolved[PATH_MAX];
-        struct stat info
-        {
-        };
+        struct stat info = {};
         if (!::realpath(path, resolved) || ::stat(resolved, &info) != 0 || !S_ISREG(info.st_mode))
             return 0;
         std::string directory(resolved);
