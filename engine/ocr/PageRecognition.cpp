@@ -3,7 +3,7 @@
 #include "ocr/OcrLanguages.h"
 #include "ocr/ScanAssembly.h"
 #include "ocr/ScanDetection.h"
-#include "ocr/TesseractReader.h"
+#include "ocr/TextReader.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,7 +16,6 @@
 #include <thread>
 #include <vector>
 
-#include <dlfcn.h>
 #include <sched.h>
 
 namespace velmora {
@@ -27,16 +26,6 @@ namespace {
 // would pass this many pixels.
 constexpr int RecognitionDpi = 300;
 constexpr double MaxRecognitionPixels = 40e6;
-
-// Tesseract parallelises its own inner loops with OpenMP. With a worker on every core that
-// only oversubscribes them, several times slower, so those loops run on the calling thread.
-// OpenMP keeps this setting per thread: each worker makes it for itself.
-void keepTesseractSingleThreaded()
-{
-    using SetLevels = void (*)(int);
-    if (void* symbol = dlsym(RTLD_DEFAULT, "omp_set_max_active_levels"))
-        reinterpret_cast<SetLevels>(symbol)(0);
-}
 
 struct Job
 {
@@ -74,6 +63,7 @@ struct PageRecognition::Impl
     bool started = false;
     bool usable = false;
     LanguageChoice languages;
+    TextReaderFactory readers;
     std::deque<Pending> ahead;
     int nextRead = -1;
 
@@ -116,6 +106,13 @@ struct PageRecognition::Impl
         usable = !languages.languages.empty();
         if (!usable)
             return false;
+        std::string error;
+        usable = readers.load(error);
+        if (!usable) {
+            if (hooks.notice)
+                hooks.notice("scanned pages stay pictures: " + error);
+            return false;
+        }
         const int count = std::clamp(pagesLeft, 1, AvailableCores());
         for (int i = 0; i < count; ++i)
             workers.emplace_back([this] { work(); });
@@ -124,8 +121,7 @@ struct PageRecognition::Impl
 
     void work()
     {
-        keepTesseractSingleThreaded();
-        TesseractReader reader(languages, &stop);
+        const std::unique_ptr<TextReader> reader = readers.create(languages, &stop);
         for (;;) {
             std::unique_ptr<Job> job;
             {
@@ -136,12 +132,12 @@ struct PageRecognition::Impl
                 job = std::move(jobs.front());
                 jobs.pop_front();
             }
+            // A page that cannot be recognised (out of memory, say) stays the picture it is.
             RecognisedPage page;
             try {
-                const OcrResult result = reader.read(job->image);
-                page = AssemblePage(result, job->image, method, pictures);
+                if (reader)
+                    page = AssemblePage(reader->read(job->image), job->image, method, pictures);
             } catch (...) {
-                // A page that cannot be recognised (out of memory, say) stays the picture it is.
                 page = RecognisedPage{};
             }
             job->done.set_value(std::move(page));

@@ -4,7 +4,7 @@
 // straightened, its confident words in lines with a size taken from their height, and what
 // stays a picture. The words then join the page's text as if its text layer had held them.
 
-#include "ocr/TesseractReader.h"
+#include "ocr/TextReader.h"
 #include "pdf/PdfSession.h"
 
 #include <string>

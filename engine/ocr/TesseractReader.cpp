@@ -8,6 +8,9 @@
 #include <cctype>
 #include <cmath>
 #include <mutex>
+#include <type_traits>
+
+#include <dlfcn.h>
 
 namespace velmora {
 
@@ -15,6 +18,16 @@ namespace {
 
 // Tesseract's set-up reads shared tables; one engine starts at a time.
 std::mutex g_startLock;
+
+// Tesseract parallelises its own inner loops with OpenMP. With a worker on every core that
+// only oversubscribes them, several times slower, so those loops run on the reader's thread.
+// OpenMP keeps this setting per thread, and a reader is made on the thread that uses it.
+void keepTesseractSingleThreaded()
+{
+    using SetLevels = void (*)(int);
+    if (void* symbol = dlsym(RTLD_DEFAULT, "omp_set_max_active_levels"))
+        reinterpret_cast<SetLevels>(symbol)(0);
+}
 
 bool cancelled(void* stop, int)
 {
@@ -207,6 +220,7 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
 TesseractReader::TesseractReader(LanguageChoice languages, const std::atomic<bool>* stop)
     : m_choice(std::move(languages)), m_stop(stop)
 {
+    keepTesseractSingleThreaded();
 }
 
 TesseractReader::~TesseractReader()
@@ -507,3 +521,19 @@ void TesseractReader::readLeftovers(const ScanImage& image, OcrResult& result)
 }
 
 }  // namespace velmora
+
+// The module's entry point, the one symbol it exports.
+extern "C" __attribute__((visibility("default"))) velmora::TextReader*
+VelmoraCreateTextReader(int interfaceVersion, const velmora::LanguageChoice& languages,
+                        const std::atomic<bool>* stop)
+{
+    if (interfaceVersion != velmora::TextReaderInterfaceVersion)
+        return nullptr;
+    static_assert(
+        std::is_same_v<decltype(&VelmoraCreateTextReader), velmora::CreateTextReaderFunction>);
+    try {
+        return new velmora::TesseractReader(languages, stop);
+    } catch (...) {
+        return nullptr;
+    }
+}

@@ -1,17 +1,10 @@
 #pragma once
 
-// One Tesseract engine reading scanned pages: the words with their confidence and place, the
-// lines they stand on, and the regions Tesseract takes for pictures, all in the pixels of the
-// picture it read. A page read badly is checked for its orientation and script, and read
-// again turned upright or with the language its script asks for. Each worker thread owns one.
+// One Tesseract engine reading scanned pages, built into the recognition module alone. A page
+// read badly is checked for its orientation and script, and read again turned upright or with
+// the language its script asks for. Each worker thread owns one.
 
-#include "ocr/OcrLanguages.h"
-#include "ocr/ScanImage.h"
-
-#include <atomic>
-#include <memory>
-#include <string>
-#include <vector>
+#include "ocr/TextReader.h"
 
 namespace tesseract {
 class TessBaseAPI;
@@ -19,64 +12,20 @@ class TessBaseAPI;
 
 namespace velmora {
 
-struct PixelBox final
-{
-    int left = 0;
-    int top = 0;
-    int right = 0;
-    int bottom = 0;
-};
-
-struct OcrLine final
-{
-    PixelBox box;
-    // Two points on the baseline, in reading direction.
-    float baseX1 = 0;
-    float baseY1 = 0;
-    float baseX2 = 0;
-    float baseY2 = 0;
-    float height = 0;  // ascender top to descender bottom, in pixels
-};
-
-struct OcrWord final
-{
-    std::string text;      // UTF-8
-    float confidence = 0;  // 0..100
-    PixelBox box;
-    // For a doubtful word with marks at its ends, the box of its letters alone.
-    PixelBox core;
-    int line = 0;  // index into OcrResult::lines
-};
-
-struct OcrResult final
-{
-    bool read = false;
-    int turns = 0;  // quarter turns clockwise the picture was given before it was read
-    std::vector<OcrLine> lines;
-    std::vector<OcrWord> words;
-    std::vector<PixelBox> pictures;
-    // Drawing: ruled lines (a table's, a form's, a signature's), fills and frames around words.
-    std::vector<PixelBox> rules;
-};
-
-// Words below this confidence are not taken as text.
-inline constexpr float ConfidenceFloor = 60;
-
 // Clusters of ink outside every word and picture Tesseract found, without dust and ruled
 // lines, largest first.
 std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& result);
 
-class TesseractReader final
+class TesseractReader final : public TextReader
 {
 public:
     // `stop`, when set, cancels a page being read.
     TesseractReader(LanguageChoice languages, const std::atomic<bool>* stop);
-    ~TesseractReader();
+    ~TesseractReader() override;
     TesseractReader(const TesseractReader&) = delete;
     TesseractReader& operator=(const TesseractReader&) = delete;
 
-    // Reads the page; on a retry it may turn `image` upright (OcrResult::turns says so).
-    OcrResult read(ScanImage& image);
+    OcrResult read(ScanImage& image) override;
 
 private:
     bool load(const std::string& languages);

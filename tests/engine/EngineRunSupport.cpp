@@ -25,13 +25,14 @@ void StoreOptions(const std::function<void(OptionValues&)>& edit)
     ASSERT_EQ(store.status(), QSettings::NoError);
 }
 
-EngineResult RunEngine(const QStringList& arguments, int timeoutMs)
+EngineResult RunEngine(const QStringList& arguments, int timeoutMs, const QString& program)
 {
     EngineResult result;
     QProcess process;
     QElapsedTimer timer;
     timer.start();
-    process.start(QStringLiteral(VELMORA_APP_DIR "/VelmoraConverter"), arguments);
+    process.start(program.isEmpty() ? QStringLiteral(VELMORA_APP_DIR "/VelmoraConverter") : program,
+                  arguments);
     result.finished = process.waitForStarted(10000) && process.waitForFinished(timeoutMs);
     if (!result.finished) {
         process.kill();

@@ -27,7 +27,9 @@ struct EngineResult
 // The options of a first start, changed by `edit`, stored where the engine reads them.
 void StoreOptions(const std::function<void(OptionValues&)>& edit = {});
 
-EngineResult RunEngine(const QStringList& arguments, int timeoutMs = 60000);
+// Runs the engine of the build, or `program` when one is given.
+EngineResult RunEngine(const QStringList& arguments, int timeoutMs = 60000,
+                       const QString& program = {});
 
 // A fixture by name from the standard set.
 velmora::fixtures::Fixture StandardFixture(const std::string& name);

@@ -3,11 +3,13 @@
 
 #include "EngineRunSupport.h"
 #include "ScanFixtures.h"
+#include "TestPaths.h"
 
 #include "ocr/OcrLanguages.h"
 #include "ocr/ScanDetection.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -214,4 +216,26 @@ TEST(Recognition, ATwoPageScanReadsAsItsSource)
     EXPECT_EQ(preview.exitCode, 0) << preview.err.toStdString();
     EXPECT_TRUE(QFileInfo::exists(dir.filePath("p_1.bmp")));
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("p.rtf")));
+}
+
+TEST(Recognition, AnEngineWithoutItsRecognitionModuleKeepsTheScanAndSaysWhy)
+{
+    if (velmora::ChooseLanguages(std::getenv).languages.empty())
+        GTEST_SKIP() << "no text recognition data is installed (tesseract-ocr-eng)";
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    // The engine alone in a folder, as an installation that lost its module would have it.
+    const QString engine = dir.filePath("VelmoraConverter");
+    ASSERT_TRUE(QFile::copy(QStringLiteral(VELMORA_APP_DIR "/VelmoraConverter"), engine));
+    const auto scan =
+        velmora::fixtures::Scanned(StandardFixture("prose"), {100, 0, false, false, 1});
+    const QString pdf = dir.filePath("scan.pdf");
+    velmora::fixtures::WritePdf(pdf.toStdString(), scan.pages);
+    StoreOptions();
+    const QString rtf = dir.filePath("scan.rtf");
+    const EngineResult result = RunEngine({pdf, rtf, "-C", "-H"}, 60000, engine);
+    ASSERT_EQ(result.exitCode, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.err.contains("scanned pages stay pictures: ")) << result.err.toStdString();
+    EXPECT_EQ(result.err.count('\n'), 1);
+    EXPECT_NE(ReadFile(rtf).toStdString().find("{\\pict"), std::string::npos);
 }

@@ -273,6 +273,7 @@ TEST_F(InstalledTree, PutsEveryPieceInItsPlace)
          QStringList{AppDir + "marvash", AppDir + "VelmoraConverter", AppDir + "VelmoraHelp"})
         EXPECT_TRUE(QFileInfo(Usr(program)).isExecutable()) << program.toStdString();
     for (const QString& file : QStringList{AppDir + "libquonvexa.so", AppDir + "liblomerdoc.so",
+                                           AppDir + "libvelmora-ocr.so",
                                            AppDir + "Sandpiper/Vorek/use.htm",
                                            "share/icons/hicolor/scalable/apps/" + AppId + ".svg",
                                            "share/doc/velmora-sandpiper/copyright",
