@@ -2,7 +2,9 @@
 
 #include "RunState.h"
 
+#include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -61,12 +63,17 @@ void SplitCommandLine(const QString& commandText, QStringList& tokens)
 
 void ParseCommandLine(const QString& commandText, RunState& state)
 {
+    QStringList tokens;
+    SplitCommandLine(commandText, tokens);
+    ParseCommandTokens(std::move(tokens), state);
+}
+
+void ParseCommandTokens(QStringList tokens, RunState& state)
+{
     state.RunMode = RunModes::NoWork;
     state.HostedByWord = 0;
     state.WordWindowHint.clear();
 
-    QStringList tokens;
-    SplitCommandLine(commandText, tokens);
     if (!tokens.isEmpty() && tokens.first().contains(QStringLiteral("marvash.exe")))
         tokens.removeFirst();
     if (tokens.isEmpty())
@@ -129,4 +136,16 @@ QString RebuildCommandText(const QStringList& arguments)
             parts.append(argument);
     }
     return parts.join(Blank);
+}
+
+QStringList CommandTokens(const QStringList& arguments)
+{
+    const bool quoted =
+        std::any_of(arguments.begin(), arguments.end(),
+                    [](const QString& argument) { return argument.contains(Quote); });
+    if (quoted)
+        return arguments;
+    QStringList tokens;
+    SplitCommandLine(RebuildCommandText(arguments), tokens);
+    return tokens;
 }

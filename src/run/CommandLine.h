@@ -15,6 +15,8 @@ void SplitCommandLine(const QString& commandText, QStringList& tokens);
 
 // Fills RunMode, HostedByWord, WordWindowHint, SourcePath and OutputPath from the raw text.
 void ParseCommandLine(const QString& commandText, RunState& state);
+// The same from the text's tokens.
+void ParseCommandTokens(QStringList tokens, RunState& state);
 
 // -1 when `path` ends in `extension` (case ignored); with "." whether the last path component
 // holds a dot at all. 0 otherwise.
@@ -23,3 +25,8 @@ qint16 HasExtension(const QString& path, const QString& extension);
 // POSIX hands the program an argument vector: join it into the raw text again so that each
 // argument is one token, quoting those that are empty or hold a blank.
 QString RebuildCommandText(const QStringList& arguments);
+
+// The tokens the program reads from its argument vector: those of the rebuilt text, so the
+// tokeniser's limits hold as they always did. A Linux file name may hold a quote, which the
+// text has no escape for; arguments holding one are taken as they are.
+QStringList CommandTokens(const QStringList& arguments);

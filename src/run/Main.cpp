@@ -11,14 +11,14 @@
 
 #include <QDir>
 
-bool PrepareRun(RunState& state, const QString& commandText, const QString& applicationDir)
+bool PrepareRun(RunState& state, const QStringList& commandTokens, const QString& applicationDir)
 {
     state.SourcePath.clear();
     state.OutputPath.clear();
     state.PageCount = 0;
     state.RunMode = RunModes::NoWork;
     SetApplicationHelpFile(ApplicationHelpFile(applicationDir));
-    ParseCommandLine(commandText, state);
+    ParseCommandTokens(commandTokens, state);
     if (state.RunMode == RunModes::NoWork)
         return false;
     // Paths are read against the caller's working directory, which the run changes later.

@@ -28,7 +28,7 @@ int main(int argc, char** argv)
 
     RunState& state = runState();
     const QString applicationDir = ApplicationPath();
-    if (!PrepareRun(state, RebuildCommandText(arguments), applicationDir))
+    if (!PrepareRun(state, CommandTokens(arguments), applicationDir))
         return 0;
 
     QApplication app(argc, argv);

@@ -60,10 +60,19 @@ TEST(ParseCommandLine, SetsTheRunFieldsFromTheSwitch)
     }
 }
 
-TEST(RebuildCommandText, EachArgumentIsOneTokenAgain)
+TEST(CommandTokens, EachArgumentIsOneTokenAgainWhateverItHolds)
 {
-    const QStringList arguments{"/m", QString(), "/out/My File.doc", "tab\there", "日本 語.pdf"};
-    EXPECT_EQ(Split(RebuildCommandText(arguments)), arguments);
+    const QStringList rows[] = {
+        {"/m", QString(), "/out/My File.doc", "tab\there", "日本 語.pdf"},
+        // Quotes the text has no escape for: inside a name with blanks, or leading.
+        {"/m", R"(a "b.pdf)", "out.doc"},
+        {"/m", R"("lead.pdf)", R"(it's "q".pdf)"},
+        {"/c", R"(q"x".pdf)"}};
+    for (const QStringList& arguments : rows)
+        EXPECT_EQ(CommandTokens(arguments), arguments) << arguments.join('|').toStdString();
+    // Without a quote the tokeniser's limits stand: a quoted token closing past 32,767 ends it.
+    const QStringList tooLong{"/c", "a" + QString(32767, u' ') + "b.pdf", "out.doc"};
+    EXPECT_EQ(CommandTokens(tooLong), QStringList{"/c"});
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "run/Main.h"
+#include "run/CommandLine.h"
 #include "run/RunState.h"
 #include "services/Help.h"
 
@@ -8,6 +9,13 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+QStringList Tokens(const QString& text)
+{
+    QStringList tokens;
+    SplitCommandLine(text, tokens);
+    return tokens;
+}
 
 TEST(PrepareRun, DecidesWhetherThereIsWorkAndSetsTheHelpFileBesideTheProgram)
 {
@@ -22,7 +30,7 @@ TEST(PrepareRun, DecidesWhetherThereIsWorkAndSetsTheHelpFileBesideTheProgram)
         RunState state;
         state.PageCount = 9;
         SetApplicationHelpFile(QString());
-        EXPECT_EQ(PrepareRun(state, QString::fromUtf8(commandText), "/opt/app"), work)
+        EXPECT_EQ(PrepareRun(state, Tokens(QString::fromUtf8(commandText)), "/opt/app"), work)
             << commandText;
         EXPECT_EQ(state.PageCount, 0);
         EXPECT_TRUE(!work || ApplicationHelpFileProperty().startsWith("/opt/app/")) << commandText;
@@ -37,9 +45,9 @@ TEST(PrepareRun, PathsAreReadAgainstTheCallersWorkingDirectory)
     const QString before = QDir::currentPath();
     QDir::setCurrent(folder);
     RunState state;
-    PrepareRun(state, QStringLiteral("/c report.pdf \"../out dir/r.doc\""), "/opt/app");
+    PrepareRun(state, Tokens(QStringLiteral("/c report.pdf \"../out dir/r.doc\"")), "/opt/app");
     RunState hosted;
-    PrepareRun(hosted, QStringLiteral("/m /abs/a.pdf b.doc"), "/opt/app");
+    PrepareRun(hosted, Tokens(QStringLiteral("/m /abs/a.pdf b.doc")), "/opt/app");
     QDir::setCurrent(before);
 
     EXPECT_EQ(state.SourcePath, folder + QStringLiteral("/report.pdf"));
