@@ -3,12 +3,15 @@
 
 #include "services/Help.h"
 #include "platform/helpviewer/HelpWindow.h"
+#include "platform/helpviewer/TopicHandover.h"
 #include "support/FakeServices.h"
 #include "support/ModalDriver.h"
 
 #include "TestPaths.h"
 
 #include <QAction>
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QScrollBar>
 #include <QTextBrowser>
 
@@ -98,6 +101,33 @@ TEST(HelpTest, TheViewerWindowShowsEachTopicAtItsAnchor)
     EXPECT_TRUE(window.Browser().source().path().endsWith(QStringLiteral("/Vorek/use.htm")));
     back->trigger();
     EXPECT_TRUE(window.Browser().source().path().endsWith(QStringLiteral("/options.htm")));
+}
+
+TEST(HelpTest, AViewerStartedWhileAnotherRunsHandsItsTopicOver)
+{
+    const QString channel =
+        QStringLiteral("velmora-help-test-%1").arg(QCoreApplication::applicationPid());
+    QUrl topic = QUrl::fromLocalFile(QStringLiteral(VELMORA_APP_DIR "/Sandpiper/options.htm"));
+    topic.setFragment(QStringLiteral("convertPDFType"));
+    // Nobody listens yet: the viewer opens a window of its own.
+    EXPECT_FALSE(HandTopicOver(channel, topic));
+
+    QList<QUrl> shown;
+    TopicListener listener([&shown](const QUrl& page) { shown.append(page); });
+    ASSERT_TRUE(listener.Listen(channel));
+    TopicListener second([](const QUrl&) {});
+    EXPECT_FALSE(second.Listen(channel)) << "one window per user and display";
+
+    // Only pages of the help on this machine are shown; the last one handed over ends the wait.
+    for (const QUrl& page : {QUrl(QStringLiteral("https://example.com/")),
+                             QUrl::fromLocalFile(QStringLiteral("/no/such/page.htm")), topic})
+        EXPECT_TRUE(HandTopicOver(channel, page));
+    QElapsedTimer waited;
+    waited.start();
+    while (shown.isEmpty() && waited.elapsed() < 10000)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    ProcessPendingEvents();
+    EXPECT_EQ(shown, QList<QUrl>{topic});
 }
 
 }  // namespace
