@@ -65,7 +65,7 @@ ScanImage ScanImage::FromPixels(PagePixels&& pixels)
     return image;
 }
 
-std::vector<uint8_t> ScanImage::withoutSpecks() const
+std::vector<uint8_t> ScanImage::withoutSpecks(const std::atomic<bool>* stop) const
 {
     std::vector<uint8_t> clean = grey;
     constexpr uint8_t Dark = 150;
@@ -79,6 +79,9 @@ std::vector<uint8_t> ScanImage::withoutSpecks() const
     std::vector<std::size_t> stack;
     std::vector<std::size_t> component;
     for (std::size_t start = 0; start < grey.size(); ++start) {
+        // A page of ink takes long to walk; a run out of time doesn't wait for it.
+        if (start % w == 0 && stop && stop->load(std::memory_order_relaxed))
+            break;
         if (seen[start] || clean[start] >= Dark)
             continue;
         // The whole component is walked once, so the pass stays linear in the page.

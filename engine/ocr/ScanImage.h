@@ -5,6 +5,7 @@
 
 #include "pdf/PdfSession.h"
 
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
@@ -22,8 +23,9 @@ struct ScanImage final
     static ScanImage FromPixels(PagePixels&& pixels);
 
     // The grey pixels without specks of dust: dark spots on paper too small to be a dot of
-    // print, which would be read as stray punctuation and spoil the words beside them.
-    std::vector<uint8_t> withoutSpecks() const;
+    // print, which would be read as stray punctuation and spoil the words beside them. Gives up
+    // part way, with specks left, once `stop` is set.
+    std::vector<uint8_t> withoutSpecks(const std::atomic<bool>* stop = nullptr) const;
 
     // Turns the picture a quarter clockwise `turns` times.
     void turnClockwise(int turns);

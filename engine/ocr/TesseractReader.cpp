@@ -115,7 +115,8 @@ bool better(const OcrResult& candidate, const OcrResult& current)
 
 }  // namespace
 
-std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& result)
+std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& result,
+                                  const std::atomic<bool>* stop)
 {
     constexpr uint8_t Dark = 128;
     const float scale = image.zoom * 72 / 300;
@@ -148,6 +149,8 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
     std::vector<PixelBox> spots;
     std::vector<std::size_t> stack;
     for (std::size_t start = 0; start < mark.size(); ++start) {
+        if (start % w == 0 && stop && stop->load(std::memory_order_relaxed))
+            return {};
         if (mark[start] != 0 || image.grey[start] >= Dark)
             continue;
         PixelBox box{static_cast<int>(start % w), static_cast<int>(start / w),
@@ -260,7 +263,7 @@ OcrResult TesseractReader::read(ScanImage& image)
     if (m_choice.languages.empty() || !load(base))
         return {};
     // Tesseract reads a copy without dust; the page's own pixels stay for its pictures.
-    ScanImage clean{image.width, image.height, image.zoom, image.withoutSpecks(), {}};
+    ScanImage clean{image.width, image.height, image.zoom, image.withoutSpecks(m_stop), {}};
     OcrResult best = recognise(clean);
     if (!best.read)
         return best;
@@ -465,7 +468,7 @@ void TesseractReader::readLeftovers(const ScanImage& image, OcrResult& result)
     // little for Tesseract to read reliably, and too little to miss.
     const float scale = image.zoom * 72 / 300;
     const float smallest = 150 * 150 * scale * scale;
-    std::vector<PixelBox> clusters = LeftoverInk(image, result);
+    std::vector<PixelBox> clusters = LeftoverInk(image, result, m_stop);
     std::erase_if(clusters, [smallest](const PixelBox& box) {
         return static_cast<float>(box.right - box.left) * static_cast<float>(box.bottom - box.top) <
                smallest;

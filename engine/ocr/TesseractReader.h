@@ -13,8 +13,9 @@ class TessBaseAPI;
 namespace velmora {
 
 // Clusters of ink outside every word and picture Tesseract found, without dust and ruled
-// lines, largest first.
-std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& result);
+// lines, largest first; none once `stop` is set.
+std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& result,
+                                  const std::atomic<bool>* stop = nullptr);
 
 class TesseractReader final : public TextReader
 {
