@@ -272,12 +272,12 @@ TEST_F(InstalledTree, PutsEveryPieceInItsPlace)
     for (const QString& program :
          QStringList{AppDir + "marvash", AppDir + "VelmoraConverter", AppDir + "VelmoraHelp"})
         EXPECT_TRUE(QFileInfo(Usr(program)).isExecutable()) << program.toStdString();
-    for (const QString& file : QStringList{AppDir + "libquonvexa.so", AppDir + "liblomerdoc.so",
-                                           AppDir + "libvelmora-ocr.so",
-                                           AppDir + "Sandpiper/Vorek/use.htm",
-                                           "share/icons/hicolor/scalable/apps/" + AppId + ".svg",
-                                           "share/doc/velmora-sandpiper/copyright",
-                                           "share/doc/velmora-sandpiper/changelog.Debian.gz"})
+    for (const QString& file :
+         QStringList{AppDir + "libquonvexa.so", AppDir + "liblomerdoc.so",
+                     AppDir + "libvelmora-ocr.so", AppDir + "Sandpiper/Vorek/use.htm",
+                     "share/icons/hicolor/scalable/apps/" + AppId + ".svg",
+                     "share/doc/velmora-sandpiper/copyright",
+                     "share/doc/velmora-sandpiper/changelog.Debian.gz"})
         EXPECT_TRUE(QFileInfo(Usr(file)).isFile()) << file.toStdString();
 
     // Relative, so the tree works wherever it is unpacked.

@@ -10,7 +10,7 @@ namespace {
 
 constexpr int ConnectTimeoutMs = 1000;
 // A topic is one URL of a local page; anything longer is no viewer's.
-constexpr qint64 LongestTopic = 64 * 1024;
+constexpr qint64 LongestTopic = qint64{64} * 1024;
 
 bool SameUser(const QLocalSocket& socket)
 {
