@@ -27,6 +27,7 @@ namespace {
 constexpr qint32 QuitThroughObjectVersion = 0x00110000;
 constexpr qint64 BaseTimeLimitMs = 120000;
 constexpr qint64 TimeLimitPerMegabyteMs = 60000;
+constexpr qint64 TimeLimitPerSquareMegabyteMs = 40000;
 
 QList<qint32> RunningOfficeProcesses(ProcessUtilityLibrary& processes)
 {
@@ -110,7 +111,11 @@ bool ReplaceWithConverted(const QString& target, const QString& outputDirectory)
 
 qint64 OfficeTimeLimitMs(qint64 documentBytes)
 {
-    return BaseTimeLimitMs + documentBytes * TimeLimitPerMegabyteMs / (qint64{1024} * 1024);
+    const double megabytes = static_cast<double>(documentBytes) / (1024.0 * 1024.0);
+    return BaseTimeLimitMs +
+           static_cast<qint64>(megabytes * static_cast<double>(TimeLimitPerMegabyteMs) +
+                               megabytes * megabytes *
+                                   static_cast<double>(TimeLimitPerSquareMegabyteMs));
 }
 
 qint16 FinishWithWord(AppContext& context)

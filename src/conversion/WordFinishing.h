@@ -14,8 +14,10 @@ class QString;
 // work is left to it, up to OfficeTimeLimitMs.
 inline constexpr qint32 OfficeIdleLimitMs = 60000;
 
-// How much processor time the suite may use for a document of `documentBytes`: two minutes
-// and a minute per megabyte, about three times what it needs.
+// How much processor time the suite may use for a document of `documentBytes`: two minutes,
+// a minute per megabyte and 40 seconds per square megabyte. LibreOffice's time grows faster
+// than the document (a page of text boxes costs more the more pages come before it), and this
+// leaves it about three times what it needs.
 qint64 OfficeTimeLimitMs(qint64 documentBytes);
 
 // Finishes the file at OutputPath: -1 when it now holds the Word document, 0 when it holds
