@@ -78,14 +78,7 @@ std::vector<uint8_t> ScanImage::withoutSpecks(const std::atomic<bool>* stop) con
     const auto w = static_cast<std::size_t>(width);
     const auto h = static_cast<std::size_t>(height);
     std::vector<uint8_t> seen(grey.size(), 0);
-    // Points rather than indices: a page has hundreds of thousands of dark pixels, and dividing
-    // each index back into its column and row costs more than the walk itself.
-    struct Point
-    {
-        std::size_t x;
-        std::size_t y;
-    };
-    std::vector<Point> stack;
+    InkWalker walker(clean, w, Dark);
     for (std::size_t row = 0; row < h; ++row) {
         // A page of ink takes long to walk; a run out of time doesn't wait for it.
         if (stop && stop->load(std::memory_order_relaxed))
@@ -94,35 +87,12 @@ std::vector<uint8_t> ScanImage::withoutSpecks(const std::atomic<bool>* stop) con
             const std::size_t start = row * w + column;
             if (seen[start] || clean[start] >= Dark)
                 continue;
-            // The whole component is walked once, so the pass stays linear in the page.
-            stack.assign(1, Point{column, row});
-            seen[start] = 1;
-            std::size_t size = 0;
-            std::size_t x0 = column;
-            std::size_t y0 = row;
-            std::size_t x1 = column;
-            std::size_t y1 = row;
-            while (!stack.empty()) {
-                const Point at = stack.back();
-                stack.pop_back();
-                ++size;
-                x0 = std::min(x0, at.x);
-                x1 = std::max(x1, at.x);
-                y0 = std::min(y0, at.y);
-                y1 = std::max(y1, at.y);
-                for (std::size_t ny = at.y > 0 ? at.y - 1 : 0; ny <= std::min(at.y + 1, h - 1);
-                     ++ny) {
-                    for (std::size_t nx = at.x > 0 ? at.x - 1 : 0; nx <= std::min(at.x + 1, w - 1);
-                         ++nx) {
-                        const std::size_t next = ny * w + nx;
-                        if (!seen[next] && clean[next] < Dark) {
-                            seen[next] = 1;
-                            stack.push_back(Point{nx, ny});
-                        }
-                    }
-                }
-            }
-            if (size > largest)
+            const InkSpot spot = walker.walk(column, row, seen, 1);
+            std::size_t x0 = spot.left;
+            std::size_t y0 = spot.top;
+            std::size_t x1 = spot.right;
+            std::size_t y1 = spot.bottom;
+            if (spot.pixels > largest)
                 continue;
             // Painted with the paper around it, the soft edge included; a spot in a picture's
             // greys is left alone. The paint is the mean grey of the ring just around the spot, not
@@ -167,6 +137,39 @@ void ScanImage::turnClockwise(int turns)
         rgb = turned(rgb, width, height, 3, turns);
     if (turns % 2 != 0)
         std::swap(width, height);
+}
+
+InkWalker::InkWalker(const std::vector<uint8_t>& grey, std::size_t width, uint8_t dark)
+    : m_grey(grey), m_width(width), m_height(width ? grey.size() / width : 0), m_dark(dark)
+{
+}
+
+InkSpot InkWalker::walk(std::size_t x, std::size_t y, std::vector<uint8_t>& marks, uint8_t walked)
+{
+    InkSpot spot{x, y, x, y, 0};
+    m_stack.assign(1, Point{x, y});
+    marks[y * m_width + x] = walked;
+    while (!m_stack.empty()) {
+        const Point at = m_stack.back();
+        m_stack.pop_back();
+        ++spot.pixels;
+        spot.left = std::min(spot.left, at.x);
+        spot.right = std::max(spot.right, at.x);
+        spot.top = std::min(spot.top, at.y);
+        spot.bottom = std::max(spot.bottom, at.y);
+        for (std::size_t ny = at.y > 0 ? at.y - 1 : 0; ny <= std::min(at.y + 1, m_height - 1);
+             ++ny) {
+            for (std::size_t nx = at.x > 0 ? at.x - 1 : 0; nx <= std::min(at.x + 1, m_width - 1);
+                 ++nx) {
+                const std::size_t next = ny * m_width + nx;
+                if (marks[next] == 0 && m_grey[next] < m_dark) {
+                    marks[next] = walked;
+                    m_stack.push_back(Point{nx, ny});
+                }
+            }
+        }
+    }
+    return spot;
 }
 
 }  // namespace velmora

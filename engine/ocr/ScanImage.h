@@ -31,4 +31,40 @@ struct ScanImage final
     void turnClockwise(int turns);
 };
 
+// A spot of connected dark pixels: its first and last column and row, and its size.
+struct InkSpot final
+{
+    std::size_t left = 0;
+    std::size_t top = 0;
+    std::size_t right = 0;
+    std::size_t bottom = 0;
+    std::size_t pixels = 0;
+};
+
+// Walks spots of dark pixels (8-connected) in a grey picture. Each walk enters only pixels
+// whose mark is 0 and marks them, so that a pass over the page walks every pixel once.
+class InkWalker final
+{
+public:
+    InkWalker(const std::vector<uint8_t>& grey, std::size_t width, uint8_t dark);
+
+    // The spot that holds (x, y), its pixels marked `walked` in `marks`.
+    InkSpot walk(std::size_t x, std::size_t y, std::vector<uint8_t>& marks, uint8_t walked);
+
+private:
+    // Points rather than indices: a page has hundreds of thousands of dark pixels, and
+    // dividing each index back into its column and row costs more than the walk itself.
+    struct Point
+    {
+        std::size_t x;
+        std::size_t y;
+    };
+
+    const std::vector<uint8_t>& m_grey;
+    std::size_t m_width;
+    std::size_t m_height;
+    uint8_t m_dark;
+    std::vector<Point> m_stack;
+};
+
 }  // namespace velmora

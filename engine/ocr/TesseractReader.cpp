@@ -143,17 +143,11 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
     for (const PixelBox& box : result.rules)
         cover(box);
 
-    // Spots of ink, each walked once. Points rather than indices, so that no pixel's column and
-    // row are divided out of its index.
+    // Spots of ink, each walked once.
     const auto smallest = static_cast<std::size_t>(20 * scale * scale);
     constexpr std::size_t MostSpots = 400;
-    struct Point
-    {
-        std::size_t x;
-        std::size_t y;
-    };
     std::vector<PixelBox> spots;
-    std::vector<Point> stack;
+    InkWalker walker(image.grey, w, Dark);
     for (std::size_t row = 0; row < h; ++row) {
         if (stop && stop->load(std::memory_order_relaxed))
             return {};
@@ -161,33 +155,11 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
             const std::size_t start = row * w + column;
             if (mark[start] != 0 || image.grey[start] >= Dark)
                 continue;
-            PixelBox box{static_cast<int>(column), static_cast<int>(row), static_cast<int>(column),
-                         static_cast<int>(row)};
-            std::size_t count = 0;
-            stack.assign(1, Point{column, row});
-            mark[start] = 2;
-            while (!stack.empty()) {
-                const Point at = stack.back();
-                stack.pop_back();
-                ++count;
-                box = PixelBox{std::min(box.left, static_cast<int>(at.x)),
-                               std::min(box.top, static_cast<int>(at.y)),
-                               std::max(box.right, static_cast<int>(at.x) + 1),
-                               std::max(box.bottom, static_cast<int>(at.y) + 1)};
-                for (std::size_t ny = at.y > 0 ? at.y - 1 : 0; ny <= std::min(at.y + 1, h - 1);
-                     ++ny) {
-                    for (std::size_t nx = at.x > 0 ? at.x - 1 : 0; nx <= std::min(at.x + 1, w - 1);
-                         ++nx) {
-                        const std::size_t next = ny * w + nx;
-                        if (mark[next] == 0 && image.grey[next] < Dark) {
-                            mark[next] = 2;
-                            stack.push_back(Point{nx, ny});
-                        }
-                    }
-                }
-            }
-            if (count >= smallest)
-                spots.push_back(box);
+            const InkSpot spot = walker.walk(column, row, mark, 2);
+            if (spot.pixels >= smallest)
+                spots.push_back(PixelBox{static_cast<int>(spot.left), static_cast<int>(spot.top),
+                                         static_cast<int>(spot.right) + 1,
+                                         static_cast<int>(spot.bottom) + 1});
             // Ink everywhere is a picture or a texture Tesseract already judged.
             if (spots.size() > MostSpots)
                 return {};
