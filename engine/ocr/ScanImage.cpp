@@ -78,7 +78,7 @@ std::vector<uint8_t> ScanImage::withoutSpecks(const std::atomic<bool>* stop) con
     const auto w = static_cast<std::size_t>(width);
     const auto h = static_cast<std::size_t>(height);
     std::vector<uint8_t> seen(grey.size(), 0);
-    InkWalker walker(clean, w, Dark);
+    InkWalker walker(clean, w, Dark, stop);
     for (std::size_t row = 0; row < h; ++row) {
         // A page of ink takes long to walk; a run out of time doesn't wait for it.
         if (stop && stop->load(std::memory_order_relaxed))
@@ -88,6 +88,8 @@ std::vector<uint8_t> ScanImage::withoutSpecks(const std::atomic<bool>* stop) con
             if (seen[start] || clean[start] >= Dark)
                 continue;
             const InkSpot spot = walker.walk(column, row, seen, 1);
+            if (walker.stopped())
+                return clean;
             std::size_t x0 = spot.left;
             std::size_t y0 = spot.top;
             std::size_t x1 = spot.right;
@@ -139,8 +141,10 @@ void ScanImage::turnClockwise(int turns)
         std::swap(width, height);
 }
 
-InkWalker::InkWalker(const std::vector<uint8_t>& grey, std::size_t width, uint8_t dark)
-    : m_grey(grey), m_width(width), m_height(width ? grey.size() / width : 0), m_dark(dark)
+InkWalker::InkWalker(const std::vector<uint8_t>& grey, std::size_t width, uint8_t dark,
+                     const std::atomic<bool>* stop)
+    : m_grey(grey), m_width(width), m_height(width ? grey.size() / width : 0), m_dark(dark),
+      m_stop(stop)
 {
 }
 
@@ -152,7 +156,10 @@ InkSpot InkWalker::walk(std::size_t x, std::size_t y, std::vector<uint8_t>& mark
     while (!m_stack.empty()) {
         const Point at = m_stack.back();
         m_stack.pop_back();
-        ++spot.pixels;
+        if (++spot.pixels % 65536 == 0 && m_stop && m_stop->load(std::memory_order_relaxed)) {
+            m_stopped = true;
+            break;
+        }
         spot.left = std::min(spot.left, at.x);
         spot.right = std::max(spot.right, at.x);
         spot.top = std::min(spot.top, at.y);

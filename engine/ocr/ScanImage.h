@@ -46,10 +46,14 @@ struct InkSpot final
 class InkWalker final
 {
 public:
-    InkWalker(const std::vector<uint8_t>& grey, std::size_t width, uint8_t dark);
+    // Once `stop` is set, a walk ends part way: a page of ink is one spot as large as the page.
+    InkWalker(const std::vector<uint8_t>& grey, std::size_t width, uint8_t dark,
+              const std::atomic<bool>* stop);
 
     // The spot that holds (x, y), its pixels marked `walked` in `marks`.
     InkSpot walk(std::size_t x, std::size_t y, std::vector<uint8_t>& marks, uint8_t walked);
+    // The last walk ended part way; the pass over the page should end too.
+    bool stopped() const { return m_stopped; }
 
 private:
     // Points rather than indices: a page has hundreds of thousands of dark pixels, and
@@ -64,6 +68,8 @@ private:
     std::size_t m_width;
     std::size_t m_height;
     uint8_t m_dark;
+    const std::atomic<bool>* m_stop;
+    bool m_stopped = false;
     std::vector<Point> m_stack;
 };
 

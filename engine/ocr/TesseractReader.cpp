@@ -147,7 +147,7 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
     const auto smallest = static_cast<std::size_t>(20 * scale * scale);
     constexpr std::size_t MostSpots = 400;
     std::vector<PixelBox> spots;
-    InkWalker walker(image.grey, w, Dark);
+    InkWalker walker(image.grey, w, Dark, stop);
     for (std::size_t row = 0; row < h; ++row) {
         if (stop && stop->load(std::memory_order_relaxed))
             return {};
@@ -156,6 +156,8 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
             if (mark[start] != 0 || image.grey[start] >= Dark)
                 continue;
             const InkSpot spot = walker.walk(column, row, mark, 2);
+            if (walker.stopped())
+                return {};
             if (spot.pixels >= smallest)
                 spots.push_back(PixelBox{static_cast<int>(spot.left), static_cast<int>(spot.top),
                                          static_cast<int>(spot.right) + 1,
