@@ -79,53 +79,39 @@ std::vector<uint8_t> ScanImage::withoutSpecks(const std::atomic<bool>* stop) con
     const auto h = static_cast<std::size_t>(height);
     std::vector<uint8_t> seen(grey.size(), 0);
     InkWalker walker(clean, w, Dark, stop);
-    for (std::size_t row = 0; row < h; ++row) {
-        // A page of ink takes long to walk; a run out of time doesn't wait for it.
-        if (stop && stop->load(std::memory_order_relaxed))
-            break;
-        for (std::size_t column = 0; column < w; ++column) {
-            const std::size_t start = row * w + column;
-            if (seen[start] || clean[start] >= Dark)
-                continue;
-            const InkSpot spot = walker.walk(column, row, seen, 1);
-            if (walker.stopped())
-                return clean;
-            std::size_t x0 = spot.left;
-            std::size_t y0 = spot.top;
-            std::size_t x1 = spot.right;
-            std::size_t y1 = spot.bottom;
-            if (spot.pixels > largest)
-                continue;
-            // Painted with the paper around it, the soft edge included; a spot in a picture's
-            // greys is left alone. The paint is the mean grey of the ring just around the spot, not
-            // its brightest: a patch brighter than the paper's grain is one more thing Tesseract's
-            // page layout looks into, and the page then takes it a tenth longer.
-            x0 = x0 > 0 ? x0 - 1 : 0;
-            y0 = y0 > 0 ? y0 - 1 : 0;
-            x1 = std::min(x1 + 1, w - 1);
-            y1 = std::min(y1 + 1, h - 1);
-            uint8_t paper = 0;
-            unsigned ringSum = 0;
-            unsigned ringCount = 0;
-            for (std::size_t y = y0; y <= y1; ++y) {
-                for (std::size_t x = x0; x <= x1; ++x) {
-                    const uint8_t value = clean[y * w + x];
-                    paper = std::max(paper, value);
-                    if (y == y0 || y == y1 || x == x0 || x == x1) {
-                        ringSum += value;
-                        ++ringCount;
-                    }
+    walker.eachSpot(seen, 1, [&](const InkSpot& spot) {
+        if (spot.pixels > largest)
+            return true;
+        // Painted with the paper around it, the soft edge included; a spot in a picture's
+        // greys is left alone. The paint is the mean grey of the ring just around the spot, not
+        // its brightest: a patch brighter than the paper's grain is one more thing Tesseract's
+        // page layout looks into, and the page then takes it a tenth longer.
+        const std::size_t x0 = spot.left > 0 ? spot.left - 1 : 0;
+        const std::size_t y0 = spot.top > 0 ? spot.top - 1 : 0;
+        const std::size_t x1 = std::min(spot.right + 1, w - 1);
+        const std::size_t y1 = std::min(spot.bottom + 1, h - 1);
+        uint8_t paper = 0;
+        unsigned ringSum = 0;
+        unsigned ringCount = 0;
+        for (std::size_t y = y0; y <= y1; ++y) {
+            for (std::size_t x = x0; x <= x1; ++x) {
+                const uint8_t value = clean[y * w + x];
+                paper = std::max(paper, value);
+                if (y == y0 || y == y1 || x == x0 || x == x1) {
+                    ringSum += value;
+                    ++ringCount;
                 }
             }
-            if (paper < Paper)
-                continue;
-            const auto ring = static_cast<uint8_t>(ringSum / ringCount);
-            for (std::size_t y = y0; y <= y1; ++y) {
-                for (std::size_t x = x0; x <= x1; ++x)
-                    clean[y * w + x] = ring;
-            }
         }
-    }
+        if (paper < Paper)
+            return true;
+        const auto ring = static_cast<uint8_t>(ringSum / ringCount);
+        for (std::size_t y = y0; y <= y1; ++y) {
+            for (std::size_t x = x0; x <= x1; ++x)
+                clean[y * w + x] = ring;
+        }
+        return true;
+    });
     return clean;
 }
 

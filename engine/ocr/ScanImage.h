@@ -50,12 +50,32 @@ public:
     InkWalker(const std::vector<uint8_t>& grey, std::size_t width, uint8_t dark,
               const std::atomic<bool>* stop);
 
-    // The spot that holds (x, y), its pixels marked `walked` in `marks`.
-    InkSpot walk(std::size_t x, std::size_t y, std::vector<uint8_t>& marks, uint8_t walked);
-    // The last walk ended part way; the pass over the page should end too.
-    bool stopped() const { return m_stopped; }
+    // Walks every spot not yet marked, row by row, its pixels marked `walked` in `marks`, and
+    // hands it to `visit`. Ends early once `stop` is set or `visit` returns false; returns
+    // whether every spot was visited.
+    template <typename Visit>
+    bool eachSpot(std::vector<uint8_t>& marks, uint8_t walked, Visit&& visit)
+    {
+        for (std::size_t row = 0; row < m_height; ++row) {
+            // A page of ink takes long to walk; a run out of time doesn't wait for it.
+            if (m_stop && m_stop->load(std::memory_order_relaxed))
+                return false;
+            for (std::size_t column = 0; column < m_width; ++column) {
+                const std::size_t start = row * m_width + column;
+                if (marks[start] != 0 || m_grey[start] >= m_dark)
+                    continue;
+                const InkSpot spot = walk(column, row, marks, walked);
+                if (m_stopped || !visit(spot))
+                    return false;
+            }
+        }
+        return true;
+    }
 
 private:
+    // The spot that holds (x, y); sets m_stopped when it ends part way.
+    InkSpot walk(std::size_t x, std::size_t y, std::vector<uint8_t>& marks, uint8_t walked);
+
     // Points rather than indices: a page has hundreds of thousands of dark pixels, and
     // dividing each index back into its column and row costs more than the walk itself.
     struct Point

@@ -121,7 +121,6 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
     constexpr uint8_t Dark = 128;
     const float scale = image.zoom * 72 / 300;
     const auto w = static_cast<std::size_t>(image.width);
-    const auto h = static_cast<std::size_t>(image.height);
     // 0: free, 1: covered by what Tesseract found, 2: already walked.
     std::vector<uint8_t> mark(image.grey.size(), 0);
     const auto cover = [&](const PixelBox& box) {
@@ -148,25 +147,16 @@ std::vector<PixelBox> LeftoverInk(const ScanImage& image, const OcrResult& resul
     constexpr std::size_t MostSpots = 400;
     std::vector<PixelBox> spots;
     InkWalker walker(image.grey, w, Dark, stop);
-    for (std::size_t row = 0; row < h; ++row) {
-        if (stop && stop->load(std::memory_order_relaxed))
-            return {};
-        for (std::size_t column = 0; column < w; ++column) {
-            const std::size_t start = row * w + column;
-            if (mark[start] != 0 || image.grey[start] >= Dark)
-                continue;
-            const InkSpot spot = walker.walk(column, row, mark, 2);
-            if (walker.stopped())
-                return {};
-            if (spot.pixels >= smallest)
-                spots.push_back(PixelBox{static_cast<int>(spot.left), static_cast<int>(spot.top),
-                                         static_cast<int>(spot.right) + 1,
-                                         static_cast<int>(spot.bottom) + 1});
-            // Ink everywhere is a picture or a texture Tesseract already judged.
-            if (spots.size() > MostSpots)
-                return {};
-        }
-    }
+    const bool whole = walker.eachSpot(mark, 2, [&](const InkSpot& spot) {
+        if (spot.pixels >= smallest)
+            spots.push_back(PixelBox{static_cast<int>(spot.left), static_cast<int>(spot.top),
+                                     static_cast<int>(spot.right) + 1,
+                                     static_cast<int>(spot.bottom) + 1});
+        // Ink everywhere is a picture or a texture Tesseract already judged.
+        return spots.size() <= MostSpots;
+    });
+    if (!whole)
+        return {};
 
     // Spots a word space or a line's gap apart belong together.
     const int gapX = static_cast<int>(20 * scale);

@@ -312,8 +312,6 @@ TEST_F(LibreOfficeStarts, AFailureDiscardsTheKeptProfileAndMeanwhileOthersGetThe
     EXPECT_FALSE(Start(QStringLiteral("w4")));
 }
 
-// The real office suite on a real file leaves a Word document in place, nothing in the
-// temporary folder and its profile for the next run.
 TEST(OfficeTimeLimit, LeavesTheSuiteThreeTimesTheProcessorTimeItNeeds)
 {
     // LibreOffice 7.4's processor time for the engine's text boxes of 300, 1,000 and 3,000
@@ -326,6 +324,8 @@ TEST(OfficeTimeLimit, LeavesTheSuiteThreeTimesTheProcessorTimeItNeeds)
     EXPECT_LE(OfficeTimeLimitMs(100000), 3 * 60000);
 }
 
+// The real office suite on a real file leaves a Word document in place, nothing in the
+// temporary folder and its profile for the next run.
 TEST(RealOffice, WritesAWordDocumentInPlaceAndLeavesNothingBehind)
 {
     const auto launcher = CreateProcessLauncher();
